@@ -1,0 +1,87 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <regex>
+#include <string>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+struct Layer {
+    const char* folder;
+    std::vector<std::string> may_include;  // a name that ends in / is a whole folder
+};
+
+// interface -> control -> engines -> platform. The record of the Problem is shared by those who
+// carry out a call; an engine knows the model through the services alone.
+const Layer LAYERS[] = {
+    {"platform",  {"platform/", "include/"}                                                        },
+    {"linear",    {"linear/", "control/engine.h", "control/services.h", "platform/"}               },
+    {"textfile",  {"textfile/", "interface/problem.h", "platform/", "include/"}                    },
+    {"control",   {"control/", "interface/problem.h", "linear/lpengine.h", "platform/", "include/"}},
+    {"interface", {"interface/", "control/", "linear/", "textfile/", "platform/", "include/"}      },
+    {"tools",     {"tools/", "include/"}                                                           },
+};
+
+// What allocates behind the library's back, or throws.
+const std::vector<std::string> UNUSED_HEADERS = {
+    "deque", "exception", "fstream",   "functional", "iostream", "list",   "map",   "new",
+    "set",   "sstream",   "stdexcept", "string",     "thread",   "vector", "mutex", "unordered_map",
+};
+
+bool is_allowed(const std::string& included, const Layer& layer)
+{
+    return std::any_of(layer.may_include.begin(), layer.may_include.end(), [&](const auto& name) {
+        return name.back() == '/' ? included.rfind(name, 0) == 0 : included == name;
+    });
+}
+
+// Calls check(file, header, is_system) for every include of the sources in a folder.
+template <class Check>
+void for_each_include(const char* folder, Check check)
+{
+    static const std::regex INCLUDE(R"(^\s*#\s*include\s*([<"])([^>"]+)[>"])");
+    const fs::path root = fs::path(TARNWICK_SOURCE_DIR) / folder;
+    if (!fs::exists(root)) return;
+
+    for (const auto& entry : fs::recursive_directory_iterator(root)) {
+        const std::string extension = entry.path().extension();
+        if (extension != ".cpp" && extension != ".h") continue;
+
+        std::ifstream file(entry.path());
+        std::smatch match;
+        for (std::string line; std::getline(file, line);)
+            if (std::regex_search(line, match, INCLUDE))
+                check(entry.path().string(), match[2].str(), match[1] == "<");
+    }
+}
+
+}  // namespace
+
+TEST(Layers, a_folder_includes_only_what_lies_below_it)
+{
+    int includes = 0;
+    for (const Layer& layer : LAYERS)
+        for_each_include(layer.folder, [&](const auto& file, const auto& header, bool is_system) {
+            if (is_system) return;
+            ++includes;
+            EXPECT_TRUE(is_allowed(header, layer)) << file << " includes " << header;
+        });
+    EXPECT_GT(includes, 0) << "no sources were read";
+}
+
+TEST(Layers, the_library_uses_no_header_that_allocates_or_throws)
+{
+    for (const Layer& layer : LAYERS) {
+        if (std::string("tools") == layer.folder) continue;
+        for_each_include(layer.folder, [&](const auto& file, const auto& header, bool is_system) {
+            const bool is_unused = std::find(UNUSED_HEADERS.begin(), UNUSED_HEADERS.end(),
+                                             header) != UNUSED_HEADERS.end();
+            EXPECT_FALSE(is_system && is_unused) << file << " includes " << header;
+        });
+    }
+}
