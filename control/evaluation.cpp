@@ -1,0 +1,260 @@
+// Evaluation of the loaded model, and the walks over its entries.
+//
+//     lhs = A x,   objective = c'x + x'Q x     (linear and quadratic models, from their arrays)
+//
+// Models known through the caller's function are evaluated by it. With elastic variables e the rows
+// become A x + S e, S the signed unit columns of elasticrows, and the objective sum(e).
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "control/services.h"
+#include "interface/problem.h"
+
+namespace tarnwick {
+
+namespace {
+
+bool has_quadratic_part(const Problem& problem) noexcept
+{
+    const bool is_quadratic = problem.problemtype == PROB_QP || problem.problemtype == PROB_MIQP;
+    return is_quadratic && problem.qmatval;
+}
+
+bool is_sparse(const Problem& problem) noexcept
+{
+    return problem.matbeg && problem.matcnt && problem.matind;
+}
+
+bool is_q_sparse(const Problem& problem) noexcept
+{
+    return problem.qmatbeg && problem.qmatcnt && problem.qmatind;
+}
+
+// y += a * x over a whole dense column.
+void add_multiple(double* __restrict y, double a, const double* __restrict x, int n) noexcept
+{
+    for (int i = 0; i < n; ++i) y[i] += a * x[i];
+}
+
+void add_column(const Problem& problem, int j, double xj, double* lhs) noexcept
+{
+    if (!is_sparse(problem)) {
+        const auto start = static_cast<std::ptrdiff_t>(problem.numrows) * j;
+        add_multiple(lhs, xj, problem.matval + start, problem.numrows);
+        return;
+    }
+    const int end = problem.matbeg[j] + problem.matcnt[j];
+    for (int k = problem.matbeg[j]; k < end; ++k) {
+        const int i = problem.matind[k];
+        if (0 <= i && i < problem.numrows) lhs[i] += xj * problem.matval[k];
+    }
+}
+
+double linear_objective(const Problem& problem, const double* x) noexcept
+{
+    double sum = 0.0;
+    for (int j = 0; j < problem.numcols; ++j) sum += problem.obj[j] * x[j];
+    return sum;
+}
+
+// Adds x_i Q_ij x_j for every entry of column j.
+double add_q_column(const Problem& problem, int j, const double* x, double sum) noexcept
+{
+    if (!is_q_sparse(problem)) {
+        const double* column = problem.qmatval + static_cast<std::ptrdiff_t>(problem.numcols) * j;
+        for (int i = 0; i < problem.numcols; ++i) sum += x[i] * column[i] * x[j];
+        return sum;
+    }
+    const int end = problem.qmatbeg[j] + problem.qmatcnt[j];
+    for (int k = problem.qmatbeg[j]; k < end; ++k) {
+        const int i = problem.qmatind[k];
+        if (0 <= i && i < problem.numcols) sum += x[i] * problem.qmatval[k] * x[j];
+    }
+    return sum;
+}
+
+void evaluate_arrays(Problem& problem, double* lhs, const double* x) noexcept
+{
+    for (int j = 0; j < problem.numcols; ++j)
+        if (x[j] != 0.0) add_column(problem, j, x[j], lhs);
+
+    double objective = linear_objective(problem, x);
+    if (has_quadratic_part(problem))
+        for (int j = 0; j < problem.numcols; ++j)
+            if (x[j] != 0.0) objective = add_q_column(problem, j, x, objective);
+
+    lhs[problem.numrows] = objective;
+    problem.objval = objective;
+}
+
+// Asks the caller's function for the stored point. False: it failed; lhs keeps what it wrote.
+bool evaluate_caller(Problem& problem, double* lhs, std::int32_t varone,
+                     std::int32_t vartwo) noexcept
+{
+    const std::int32_t failure = problem.funceval(&problem, problem.numcols, problem.numrows,
+                                                  &problem.objval, lhs, problem.x, varone, vartwo);
+    lhs[problem.numrows] = problem.objval;
+    return failure == 0;
+}
+
+void apply_elastic(const SolveControl& control, double* lhs) noexcept
+{
+    double sum = 0.0;
+    for (std::size_t k = 0; k < control.elasticcount; ++k) {
+        const double e = control.elasticvalues[k];
+        const std::int32_t r = control.elasticrows[k];
+        lhs[std::abs(r) - 1] += r > 0 ? e : -e;
+        sum += e;
+    }
+    lhs[control.problem->numrows] = sum;
+}
+
+void move_variable(SolveControl& control, std::int32_t var, double value) noexcept
+{
+    const Problem& problem = *control.problem;
+    if (var < 0) return;
+    if (var < problem.numcols)
+        problem.x[var] = value;
+    else if (control.elasticmode != 0 && var - problem.numcols < control.elasticcount)
+        control.elasticvalues[static_cast<std::size_t>(var - problem.numcols)] = value;
+}
+
+}  // namespace
+
+std::int32_t evalfunctions(SolveControl* control, double* lhs, const double* x) noexcept
+{
+    Problem& problem = *control->problem;
+    std::copy_n(x, problem.numcols, problem.x);
+    std::fill_n(lhs, problem.numrows, 0.0);
+
+    if (is_lp_family(problem.problemtype))
+        evaluate_arrays(problem, lhs, x);
+    else if (!evaluate_caller(problem, lhs, -1, -1))
+        return 0;
+
+    if (control->elasticmode != 0) {
+        std::copy_n(x + problem.numcols, control->elasticcount, control->elasticvalues.data());
+        apply_elastic(*control, lhs);
+    }
+    return 1;
+}
+
+std::int32_t evalcolpair(SolveControl* control, double* lhs, std::int32_t varone, double xone,
+                         std::int32_t vartwo, double xtwo) noexcept
+{
+    Problem& problem = *control->problem;
+    if (!problem.funceval) return 0;
+
+    move_variable(*control, varone, xone);
+    move_variable(*control, vartwo, xtwo);
+    std::fill_n(lhs, problem.numrows, 0.0);
+    if (!evaluate_caller(problem, lhs, varone, vartwo)) return 0;
+    if (control->elasticmode != 0) apply_elastic(*control, lhs);
+    return 1;
+}
+
+std::int32_t evalcol(SolveControl* control, double* lhs, std::int32_t var, double value) noexcept
+{
+    return evalcolpair(control, lhs, var, value, var, value);
+}
+
+namespace {
+
+// A visiting operation with its fixed arguments.
+struct Visitor {
+    SolveControl* control;
+    void* user;
+    Visit visit;
+    void* data;
+
+    bool operator()(std::int32_t row, std::int32_t column, double value) const noexcept
+    {
+        return visit(control, user, row, column, value, data) != 0;
+    }
+};
+
+// Every entry of a matrix held by columns, whose rows are 0..rows-1; a row index beyond them names
+// nothing. False: a visit said stop.
+struct ColumnMatrix {
+    std::int32_t rows;
+    const std::int32_t* beg;  // these three are null for the dense layout
+    const std::int32_t* cnt;
+    const std::int32_t* ind;
+    const double* val;
+
+    bool walk_column(std::int32_t j, const Visitor& visit) const noexcept
+    {
+        if (!beg || !cnt || !ind) {
+            const double* column = val + static_cast<std::ptrdiff_t>(rows) * j;
+            for (std::int32_t i = 0; i < rows; ++i)
+                if (!visit(i, j, column[i])) return false;
+            return true;
+        }
+        const std::int32_t end = beg[j] + cnt[j];
+        for (std::int32_t k = beg[j]; k < end; ++k)
+            if (0 <= ind[k] && ind[k] < rows && !visit(ind[k], j, val[k])) return false;
+        return true;
+    }
+
+    bool walk(std::int32_t columns, const Visitor& visit) const noexcept
+    {
+        for (std::int32_t j = 0; j < columns; ++j)
+            if (!walk_column(j, visit)) return false;
+        return true;
+    }
+};
+
+bool walk_linear_objective(const Problem& problem, std::int32_t row, const Visitor& visit) noexcept
+{
+    for (std::int32_t j = 0; j < problem.numcols; ++j)
+        if (problem.obj[j] != 0.0 && !visit(row, j, problem.obj[j])) return false;
+    return true;
+}
+
+bool walk_elastic_rows(const SolveControl& control, const Visitor& visit) noexcept
+{
+    for (std::int32_t k = 0; k < control.elasticcount; ++k) {
+        const std::int32_t r = control.elasticrows[static_cast<std::size_t>(k)];
+        if (!visit(std::abs(r) - 1, control.problem->numcols + k, r > 0 ? 1.0 : -1.0)) return false;
+    }
+    return true;
+}
+
+bool walk_elastic_objective(const SolveControl& control, const Visitor& visit) noexcept
+{
+    const Problem& problem = *control.problem;
+    for (std::int32_t k = 0; k < control.elasticcount; ++k)
+        if (!visit(problem.numrows, problem.numcols + k, 1.0)) return false;
+    return true;
+}
+
+}  // namespace
+
+std::int32_t walkmatrix(SolveControl* control, void* user, Visit visit, void* data) noexcept
+{
+    const Problem& problem = *control->problem;
+    const Visitor visitor{control, user, visit, data};
+    const ColumnMatrix matrix{problem.numrows, problem.matbeg, problem.matcnt, problem.matind,
+                              problem.matval};
+
+    if (!matrix.walk(problem.numcols, visitor)) return 0;
+    if (control->elasticmode == 0) return walk_linear_objective(problem, problem.numrows, visitor);
+    return walk_elastic_rows(*control, visitor) && walk_elastic_objective(*control, visitor);
+}
+
+std::int32_t walkquad(SolveControl* control, void* user, Visit visit, void* data) noexcept
+{
+    constexpr std::int32_t LINEAR_TERM = -1;
+    const Problem& problem = *control->problem;
+    const Visitor visitor{control, user, visit, data};
+
+    if (has_quadratic_part(problem)) {
+        const ColumnMatrix matrix{problem.numcols, problem.qmatbeg, problem.qmatcnt,
+                                  problem.qmatind, problem.qmatval};
+        if (!matrix.walk(problem.numcols, visitor)) return 0;
+    }
+    return walk_linear_objective(problem, LINEAR_TERM, visitor);
+}
+
+}  // namespace tarnwick

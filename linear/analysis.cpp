@@ -1,0 +1,298 @@
+// What the final tableau says of the model, beside the point.
+//
+//     dj[V]   = -T[0][j] for the variable V of column j, 0 for a basic one
+//     pi[k]   = -T[0][j] for the logical variable of row k in column j, with the signs of the row
+//
+// The cost of a basic variable can move until the first reduced cost reaches zero, that of a
+// nonbasic one by its own reduced cost. A right-hand side moves the logical variable of its row:
+// that can go on until the first basic variable meets a bound. Everything is in the scaled units of
+// the tableau and leaves in real ones; 1e30 means no limit.
+//
+// A column with a logical variable has the sign of a slack in a < row and the opposite one in the
+// others. A row with an odd flip count was negated as a whole: up and down have changed places.
+
+#include "linear/analysis.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "control/services.h"
+#include "linear/pivot.h"
+#include "linear/probe.h"
+#include "linear/scaling.h"
+
+namespace tarnwick {
+
+namespace {
+
+// ---- columns
+
+bool rests_at_lower(const LpEngine& lp, int label) noexcept
+{
+    return lp.x[label] == lp.lower[label];
+}
+
+bool is_gone_for_good(const LpEngine& lp, int label) noexcept
+{
+    return label > lp.n && lp.senses[label - lp.n].sense == '=';
+}
+
+// The cost range of the variable basic in row i.
+void range_basic_cost(LpEngine& lp, int i, int label) noexcept
+{
+    const double* const costs = lp.tableau[0];
+    const double* const row = lp.tableau[i];
+    double up = INFINITE_BOUND, down = INFINITE_BOUND;
+    for (int j = 1; j <= lp.n; ++j) {
+        const double a = row[j];
+        if (!(std::fabs(a) > NEGLIGIBLE)) continue;
+        const int other = lp.collabel[j];
+        if (is_gone_for_good(lp, other)) continue;
+
+        const double room = std::fabs(costs[j] / a);
+        const bool is_mirrored = other <= lp.n && !rests_at_lower(lp, other);
+        const bool rises = (a > 0.0) != is_mirrored;
+        double& limit = rises ? up : down;
+        limit = std::min(limit, room);
+    }
+    lp.objup[label] = up;
+    lp.objdown[label] = down;
+    lp.dj[label] = 0.0;
+}
+
+void range_nonbasic_cost(LpEngine& lp, int j, int label) noexcept
+{
+    const double cost = lp.tableau[0][j];
+    const bool at_lower = rests_at_lower(lp, label);
+    lp.objdown[label] = at_lower ? std::fabs(cost) : INFINITE_BOUND;
+    lp.objup[label] = at_lower ? INFINITE_BOUND : std::fabs(cost);
+    lp.dj[label] = -cost;
+}
+
+void analyse_columns(LpEngine& lp) noexcept
+{
+    for (int i = 1; i <= lp.m; ++i)
+        if (lp.rowlabel[i] <= lp.n) range_basic_cost(lp, i, lp.rowlabel[i]);
+    for (int j = 1; j <= lp.n; ++j)
+        if (lp.collabel[j] <= lp.n) range_nonbasic_cost(lp, j, lp.collabel[j]);
+    if (!lp.maximize) return;
+
+    for (int j = 1; j <= lp.n; ++j) {
+        std::swap(lp.objup[j], lp.objdown[j]);
+        lp.dj[j] = -lp.dj[j];
+    }
+}
+
+// ---- rows
+
+void store_row_range(LpEngine& lp, int k, double up, double down) noexcept
+{
+    if (lp.senses[k].flips % 2 != 0) std::swap(up, down);
+    lp.rhsup[k] = up;
+    lp.rhsdown[k] = down;
+}
+
+// The logical variable is basic: its value is the room on one side.
+void range_free_row(LpEngine& lp, int k, double value) noexcept
+{
+    lp.pi[k] = 0.0;
+    if (lp.senses[k].sense == '<')
+        store_row_range(lp, k, INFINITE_BOUND, value);
+    else
+        store_row_range(lp, k, value, INFINITE_BOUND);
+}
+
+// How far the variable of each column could move up and down before the basic variable of row r
+// meets a bound; rows are taken one by one, as they lie in memory.
+void shrink_room(LpEngine& lp, int r) noexcept
+{
+    const double* const row = lp.tableau[r];
+    const double lower = lowerof(lp, lp.rowlabel[r]), upper = upperof(lp, lp.rowlabel[r]);
+    const bool has_lower = lower > -INFINITE_BOUND, has_upper = upper < INFINITE_BOUND;
+    const double to_lower = std::max(row[0] - lower, 0.0);
+    const double to_upper = std::max(upper - row[0], 0.0);
+
+    for (int j = 1; j <= lp.n; ++j) {
+        if (lp.collabel[j] <= lp.n) continue;
+        const double a = row[j], size = std::fabs(a);
+        if (!(size >= NEGLIGIBLE)) continue;
+        double& down_to_lower = a > 0.0 ? lp.rise[j] : lp.fall[j];
+        double& up_to_upper = a > 0.0 ? lp.fall[j] : lp.rise[j];
+        if (has_lower) down_to_lower = std::min(down_to_lower, to_lower / size);
+        if (has_upper) up_to_upper = std::min(up_to_upper, to_upper / size);
+    }
+}
+
+// The logical variable is nonbasic: the row is binding and has a dual.
+void range_binding_row(LpEngine& lp, int k, int j) noexcept
+{
+    const RowSense sense = lp.senses[k];
+    double dual = -lp.tableau[0][j];
+    if (sense.sense == '<') dual = -dual;
+    if (sense.flips % 2 != 0) dual = -dual;
+    lp.pi[k] = dual;
+
+    if (sense.sense == '<')
+        store_row_range(lp, k, lp.fall[j], lp.rise[j]);
+    else
+        store_row_range(lp, k, lp.rise[j], lp.fall[j]);
+}
+
+void analyse_rows(LpEngine& lp) noexcept
+{
+    for (int i = 1; i <= lp.m; ++i)
+        if (lp.rowlabel[i] > lp.n) range_free_row(lp, lp.rowlabel[i] - lp.n, lp.tableau[i][0]);
+
+    std::fill_n(lp.rise.first(), lp.n, INFINITE_BOUND);
+    std::fill_n(lp.fall.first(), lp.n, INFINITE_BOUND);
+    for (int r = 1; r <= lp.m; ++r) shrink_room(lp, r);
+    for (int j = 1; j <= lp.n; ++j)
+        if (lp.collabel[j] > lp.n) range_binding_row(lp, lp.collabel[j] - lp.n, j);
+
+    if (lp.maximize)
+        for (int k = 1; k <= lp.m; ++k) lp.pi[k] = -lp.pi[k];
+}
+
+// ---- storing
+
+void scale_point(LpEngine& lp) noexcept
+{
+    scalecolumns(lp, lp.x);
+    scalecolumns(lp, lp.lower);
+    scalecolumns(lp, lp.upper);
+    scalerowvalues(lp, lp.rowvalue);
+}
+
+void unscale_solution(LpEngine& lp) noexcept
+{
+    unscalecolumns(lp, lp.lower);
+    unscalecolumns(lp, lp.x);
+    unscalecolumns(lp, lp.upper);
+    unscalegradient(lp, lp.dj);
+    unscalerowvalues(lp, lp.rowlower);
+    unscalerowvalues(lp, lp.rowvalue);
+    unscalerowvalues(lp, lp.rowupper);
+    unscaleduals(lp, lp.pi);
+}
+
+SolutionRecord solution_record(const LpEngine& lp) noexcept
+{
+    return {.columns = lp.n,
+            .lower = lp.lower.first(),
+            .point = lp.x.first(),
+            .upper = lp.upper.first(),
+            .reduced = lp.dj.first(),
+            .rows = lp.m,
+            .rowlower = lp.rowlower.first(),
+            .rowvalue = lp.rowvalue.first(),
+            .rowupper = lp.rowupper.first(),
+            .duals = lp.pi.first()};
+}
+
+SensitivityRecord sensitivity_record(LpEngine& lp) noexcept
+{
+    unscalegradient(lp, lp.grad);
+    unscalegradient(lp, lp.objup);
+    unscalegradient(lp, lp.objdown);
+    unscalerowvalues(lp, lp.rhs);
+    unscalerowvalues(lp, lp.rhsup);
+    unscalerowvalues(lp, lp.rhsdown);
+    return {.columns = lp.n,
+            .cost = lp.grad.first(),
+            .costup = lp.objup.first(),
+            .costdown = lp.objdown.first(),
+            .own = {},
+            .rows = lp.m,
+            .rhs = lp.rhs.first(),
+            .rhsup = lp.rhsup.first(),
+            .rhsdown = lp.rhsdown.first()};
+}
+
+}  // namespace
+
+void finishlinear(LpEngine& lp) noexcept
+{
+    scale_point(lp);
+    analyse_columns(lp);
+    analyse_rows(lp);
+
+    unscale_solution(lp);
+    const SolutionRecord solution = solution_record(lp);
+    const SensitivityRecord sensitivity = sensitivity_record(lp);
+    storesolution(lp.control, &solution, &sensitivity);
+}
+
+// ---- the plain finish
+
+namespace {
+
+constexpr double NO_RESULT = -1.0;
+constexpr double FITS = 0.0;
+constexpr double ROW_DIFFERS = 1.0;
+constexpr double OBJECTIVE_DIFFERS = 2.0;
+
+bool differs(double evaluated, double predicted, double tol) noexcept
+{
+    return !(std::fabs(evaluated - predicted) / (std::fabs(evaluated) + 1.0) <= tol);
+}
+
+// Compares the functions with the linear model while variable j alone is at a value of its own.
+bool probe_column(LpEngine& lp, int j) noexcept
+{
+    constexpr double PROBE = 8.0;
+    lp.iterate[j] = PROBE;
+    lp.iterate[j - 1] = 0.0;
+    scalecolumns(lp, lp.iterate);
+    const double p = lp.iterate[j];
+    if (!evalrows(lp, lp.rowprobe, lp.iterate)) return false;
+    unscalecolumns(lp, lp.iterate);
+
+    for (int i = 1; i <= lp.m; ++i) {
+        const double* const row = lp.tableau[i];
+        if (!differs(lp.rowprobe[i], lp.rhs[i] - row[0] + p * row[j], lp.tol)) continue;
+        lp.pi[i] = ROW_DIFFERS;
+        lp.dj[j] = ROW_DIFFERS;
+    }
+    const double* const costs = lp.tableau[0];
+    const double origin = lp.maximize ? -costs[0] : costs[0];
+    const double cost = lp.maximize ? costs[j] : -costs[j];
+    if (differs(lp.rowprobe[lp.m + 1], origin + p * cost, lp.tol)) lp.dj[j] = OBJECTIVE_DIFFERS;
+    return true;
+}
+
+// Marks what does not fit the linear model as read. The marks are put into scaled units so that
+// the common way out restores them.
+void diagnose_model(LpEngine& lp) noexcept
+{
+    std::fill_n(lp.iterate.data(), lp.n + 1, 0.0);
+    for (int j = 1; j <= lp.n; ++j)
+        if (!probe_column(lp, j)) return;
+    if (!evalrows(lp, lp.rowbase, lp.start)) return;
+
+    for (int j = 1; j <= lp.n; ++j)
+        if (lp.dj[j] == NO_RESULT) lp.dj[j] = FITS;
+    for (int i = 1; i <= lp.m; ++i)
+        if (lp.pi[i] == NO_RESULT) lp.pi[i] = FITS;
+    scalegradient(lp, lp.dj);
+    for (int i = 1; i <= lp.m; ++i) lp.pi[i] = scaleobjective(lp, lp.pi[i]);
+    unscalerowvalues(lp, lp.pi);
+}
+
+}  // namespace
+
+void finishplain(LpEngine& lp, bool diagnose) noexcept
+{
+    std::fill_n(lp.dj.data(), lp.n + 1, NO_RESULT);
+    std::fill_n(lp.pi.data(), lp.m + 2, NO_RESULT);
+    scale_point(lp);
+    if (diagnose) diagnose_model(lp);
+
+    unscale_solution(lp);
+    // The probes have moved the stored point and its objective.
+    if (diagnose) evalfunctions(lp.control, lp.rowvalue.first(), lp.x.first());
+    const SolutionRecord solution = solution_record(lp);
+    storesolution(lp.control, &solution, nullptr);
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "linear/lpengine.h"
+
+namespace tarnwick {
+
+// Reads duals, reduced costs and ranges from the final tableau of a linear run and stores them with
+// the point. x and rowvalue are in real units on entry.
+void finishlinear(LpEngine& lp) noexcept;
+
+// Stores the point without an analysis. With `diagnose`, the columns and rows that do not fit the
+// linear model in the tableau are marked in the arrays of the reduced costs and duals.
+void finishplain(LpEngine& lp, bool diagnose) noexcept;
+
+}  // namespace tarnwick

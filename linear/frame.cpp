@@ -1,0 +1,264 @@
+// The linear engine from set-up to finish. A run reads the model once, into a scaled tableau, and
+// solves it once or, with changed bounds, many times:
+//
+//     lpinit    sizes, bounds, kind of model, tableau, scales
+//     lpsolve   restore the tableau, scale the bounds, simplex, check of the answer
+//     lpfinish  final evaluation, analysis, results to the Problem
+//
+// From one solve to the next only the point carries over; every solve starts from the tableau as
+// read, with all logical variables basic.
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+#include "control/services.h"
+#include "linear/analysis.h"
+#include "linear/lpengine.h"
+#include "linear/pivot.h"
+#include "linear/probe.h"
+#include "linear/scaling.h"
+#include "linear/simplex.h"
+
+namespace tarnwick {
+
+namespace {
+
+constexpr int MOST_COLUMNS = 2000;
+constexpr std::int32_t LOW_WORD = 0xFFFF;
+
+LpEngine* engine_of(const SolveRun& run) noexcept { return static_cast<LpEngine*>(run.engine); }
+
+LpEngine* create_engine(SolveControl* control) noexcept
+{
+    void* const block = allocate_block(sizeof(LpEngine));
+    if (!block) return nullptr;
+    auto* const lp = new (block) LpEngine{};
+    lp->control = control;
+    return lp;
+}
+
+void release_engine(LpEngine* lp) noexcept
+{
+    lp->~LpEngine();
+    release_block(lp);
+}
+
+// ---- set-up
+
+bool read_sizes(LpEngine& lp) noexcept
+{
+    lp.n = getintinfo(lp.control, INFO_NUMVARS) & LOW_WORD;
+    lp.m = (getintinfo(lp.control, INFO_NUMLHS) & LOW_WORD) - 1;
+    lp.maximize = getintinfo(lp.control, INFO_MAXIMIZE) != 0;
+    getdblinfo(lp.control, &lp.tol, INFO_FEASTOL);
+    return lp.n >= 1 && lp.m >= 0;
+}
+
+bool create_arrays(LpEngine& lp) noexcept
+{
+    const int n = lp.n, m = lp.m;
+    return lp.arrays.create([&lp, n, m](auto& layout) {
+        for (Vec<double>* column : {&lp.start, &lp.grad, &lp.x, &lp.lower, &lp.upper, &lp.iterate,
+                                    &lp.dj, &lp.objup, &lp.objdown, &lp.rise, &lp.fall})
+            layout(*column, n);
+        for (Vec<double>* row : {&lp.rowlower, &lp.rowupper, &lp.rhs, &lp.rowvalue, &lp.rowbase,
+                                 &lp.rowprobe, &lp.basicvalue, &lp.basiclower, &lp.basicupper,
+                                 &lp.column, &lp.pi, &lp.rhsup, &lp.rhsdown})
+            layout(*row, m + 1);
+        for (Vec<std::int32_t>* column : {&lp.colexp, &lp.colstate, &lp.collabel, &lp.waiting.list})
+            layout(*column, n);
+        layout(lp.rowexp, m + 1);
+        layout(lp.rowlabel, m);
+        layout(lp.rowpending, m);
+        layout(lp.senses, m);
+        layout(lp.savedsenses, m);
+    });
+}
+
+bool create_tableau(LpEngine& lp) noexcept
+{
+    WaitingPivots& waiting = lp.waiting;
+    waiting.capacity = waitingcapacity(lp.m, lp.n);
+    const int slots = std::max(waiting.capacity, 1);
+    return lp.tableau.create(lp.m + 1, lp.n) && waiting.rows.create(slots - 1, lp.n) &&
+           waiting.columns.create(slots - 1, lp.m);
+}
+
+// False for a pair out of order, NaN included.
+bool in_order(Vec<const double> lower, Vec<const double> upper, int count) noexcept
+{
+    for (int k = 1; k <= count; ++k)
+        if (!(lower[k] <= upper[k])) return false;
+    return true;
+}
+
+bool bounds_in_order(const LpEngine& lp) noexcept
+{
+    return in_order(lp.rowlower, lp.rowupper, lp.m) && in_order(lp.lower, lp.upper, lp.n);
+}
+
+EngineResult read_model(LpEngine& lp) noexcept
+{
+    if (!create_arrays(lp)) return ENGINE_BADMODEL;
+    getbounds(lp.control, lp.lower.first(), lp.upper.first(), lp.rowlower.first(),
+              lp.rowupper.first());
+    getstart(lp.control, lp.start.first());
+    if (!classify(lp)) return ENGINE_BADMODEL;
+    if (lp.n > MOST_COLUMNS) return ENGINE_BADMODEL;
+    if (!bounds_in_order(lp)) return ENGINE_INFEASIBLE;
+    return ENGINE_OPTIMAL;
+}
+
+EngineResult read_tableau(LpEngine& lp) noexcept
+{
+    if (!create_tableau(lp)) return ENGINE_NOMEMORY;
+    // The method for quadratic objectives is not part of this version.
+    if (lp.mode == MODE_QUADRATIC) return ENGINE_BADMODEL;
+    if (!buildsenses(lp)) return ENGINE_BADMODEL;
+    if (readmatrix(lp)) return ENGINE_OPTIMAL;
+    const bool stopped = reportprogress(lp.control, EVENT_POLL, 0, 0.0) == STOP_USER;
+    return stopped ? ENGINE_USERSTOP : ENGINE_EVALERROR;
+}
+
+void scale_model(LpEngine& lp) noexcept
+{
+    double* const costs = lp.tableau[0];
+    if (lp.maximize)
+        for (int j = 0; j <= lp.n; ++j) costs[j] = -costs[j];
+
+    computescales(lp);
+    scaletableau(lp);
+    scalecolumns(lp, lp.start);
+    scalerowvalues(lp, lp.rowlower);
+    scalerowvalues(lp, lp.rowupper);
+    scalerowvalues(lp, lp.rhs);
+    scalegradient(lp, lp.grad);
+}
+
+EngineResult set_up(LpEngine& lp) noexcept
+{
+    if (!read_sizes(lp)) return ENGINE_BADMODEL;
+    if (const EngineResult code = read_model(lp); code != ENGINE_OPTIMAL) return code;
+    if (const EngineResult code = read_tableau(lp); code != ENGINE_OPTIMAL) return code;
+    scale_model(lp);
+    // Only now, because the diagnosis of such a model reads the tableau.
+    return lp.mode == MODE_NONE ? ENGINE_MODELCHECK : ENGINE_OPTIMAL;
+}
+
+}  // namespace
+
+std::int32_t lpinit(SolveRun& run) noexcept
+{
+    LpEngine* const lp = create_engine(run.control);
+    run.engine = lp;
+    run.result = lp ? set_up(*lp) : ENGINE_NOMEMORY;
+    if (run.result != ENGINE_OPTIMAL) return 0;
+
+    run.numvars = lp->n;
+    run.ub = lp->upper.first();
+    run.lb = lp->lower.first();
+    run.x = lp->x.first();
+    return 1;
+}
+
+// ---- one solve
+
+namespace {
+
+void copy_tableau(const LpEngine& lp, const Matrix& to, const Matrix& from) noexcept
+{
+    const std::size_t bytes = (static_cast<std::size_t>(lp.n) + 1) * sizeof(double);
+    for (int i = 0; i <= lp.m + 1; ++i) std::memcpy(to[i], from[i], bytes);
+}
+
+// Keeps the tableau as read before the first of several solves, and brings it back before the
+// others. False: no memory for the copy.
+bool restore_or_save(LpEngine& lp, const SolveRun& run) noexcept
+{
+    if ((run.flags & RUN_REPEATED) == 0 && lp.mode == MODE_LINEAR) return true;
+    const bool is_first = !lp.savedtableau;
+    if (is_first && !lp.savedtableau.create(lp.m + 1, lp.n)) return false;
+
+    const Vec<RowSense> to = is_first ? lp.savedsenses : lp.senses;
+    const Vec<RowSense> from = is_first ? lp.senses : lp.savedsenses;
+    std::copy_n(from.data(), lp.m + 1, to.data());
+    if (is_first)
+        copy_tableau(lp, lp.savedtableau, lp.tableau);
+    else
+        copy_tableau(lp, lp.tableau, lp.savedtableau);
+    return true;
+}
+
+EngineResult solve_scaled(LpEngine& lp, double& objective) noexcept
+{
+    if (lp.mode != MODE_LINEAR) return ENGINE_BADMODEL;
+    const EngineResult code = solvesimplex(lp);
+    objective = lp.tableau[0][0];
+    return checkanswer(lp, code);
+}
+
+bool may_go_on(EngineResult code) noexcept
+{
+    return code == ENGINE_OPTIMAL || code == ENGINE_UNBOUNDED || code == ENGINE_INFEASIBLE;
+}
+
+}  // namespace
+
+std::int32_t lpsolve(SolveRun& run) noexcept
+{
+    LpEngine& lp = *engine_of(run);
+    run.nodedata = nullptr;
+    run.nodeaux = nullptr;
+    if (!bounds_in_order(lp)) {
+        run.result = ENGINE_INFEASIBLE;
+        return 1;
+    }
+    if (!restore_or_save(lp, run)) {
+        run.result = ENGINE_NOMEMORY;
+        return 0;
+    }
+
+    scalecolumns(lp, lp.x);
+    scalecolumns(lp, lp.lower);
+    scalecolumns(lp, lp.upper);
+    run.result = solve_scaled(lp, run.objective);
+    unscalecolumns(lp, lp.x);
+    unscalecolumns(lp, lp.lower);
+    unscalecolumns(lp, lp.upper);
+    run.objective = unscaleobjective(lp, run.objective);
+    return may_go_on(run.result) ? 1 : 0;
+}
+
+// ---- the end
+
+namespace {
+
+void store_results(LpEngine& lp, const SolveRun& run) noexcept
+{
+    reportprogress(lp.control, EVENT_FINAL, 0, 0.0);
+    evalfunctions(lp.control, lp.rowvalue.first(), lp.x.first());
+    reportprogress(lp.control, EVENT_FINAL_DONE, 0, 0.0);
+
+    const bool is_direct = (run.flags & RUN_DIRECT) != 0;
+    if (run.result == ENGINE_OPTIMAL && is_direct) {
+        finishlinear(lp);
+        return;
+    }
+    // A linear run has consumed its tableau: there is nothing left to diagnose it by.
+    finishplain(lp, run.result == ENGINE_MODELCHECK && lp.mode == MODE_NONE);
+}
+
+}  // namespace
+
+std::int32_t lpfinish(SolveRun& run) noexcept
+{
+    LpEngine* const lp = engine_of(run);
+    if (!lp) return 1;
+    if (lp->x) store_results(*lp, run);
+    release_engine(lp);
+    run.engine = nullptr;
+    return 1;
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,121 @@
+#pragma once
+
+#include <cstdint>
+
+#include "control/engine.h"
+#include "platform/array.h"
+
+// The record of the linear engine. n columns, m rows; arrays count from 1. A column array has the
+// elements 0..n, a row array 0..m+1 with the objective in m+1; element 0 is idle unless a comment
+// says otherwise.
+//
+// The tableau T has the rows 0..m+1 and the columns 0..n. Row 0 is the objective in minimisation
+// form, rows 1..m are the constraints, row m+1 the objective as read and later the infeasibility
+// that the first phase minimises. Labels name variables: 1..n the model's, n+i the logical variable
+// of row i, with bounds 0 and 1e30. For each row i with basic variable B
+//
+//     B + sum over the columns j of T[i][j] * (variable of column j) = constant
+//
+// and T[i][0] is the present value of B, in row 0 of the objective.
+
+namespace tarnwick {
+
+inline constexpr double INFINITE_BOUND = 1e30;
+
+// Entries of this magnitude or less count as zero in every update, in scaled units.
+inline constexpr double NEGLIGIBLE = 1e-15;
+
+// What the model was found to be.
+enum LpMode : std::int32_t { MODE_NONE = 0, MODE_LINEAR = 1, MODE_QUADRATIC = 2 };
+
+// Where the nonbasic variable of a column rests.
+enum ColumnState : std::int32_t {
+    AT_LOWER = 'L',
+    AT_UPPER = 'U',
+    AT_ZERO = 'X',  // free
+    IS_FIXED = 'F',
+};
+
+struct RowSense {
+    std::uint8_t flips;  // how often the row's sign was changed
+    char sense;          // < > =
+};
+
+// Pivots whose effect on the rows 1..m is still to be applied: pivot p takes
+// columns[p][i] * rows[p][j] from T[i][j]. A zero in either array says that there is nothing to do:
+// the entry was negligible, or the row or column has been brought up to date on its own.
+struct WaitingPivots {
+    int count = 0;
+    int capacity = 0;  // 0: every pivot is applied at once, and rows[0] and columns[0] are scratch
+    Matrix rows;       // one for each, 0..n: the pivot row after its division
+    Matrix columns;    // one for each, 0..m: the pivot column before it
+    Vec<std::int32_t> list;  // n, columns of the entries of a pivot row; scratch
+};
+
+struct LpEngine {
+    SolveControl* control;
+
+    // Set up once.
+    int n, m;
+    LpMode mode;
+    bool maximize;
+    double tol;                   // relative, plus 1.0: linearity, consistency of the answer
+    Vec<double> start;            // n, the start point; scaled
+    Vec<double> grad;             // n, the costs; scaled
+    Vec<double> rowlower;         // m+1
+    Vec<double> rowupper;         // m+1
+    Vec<double> rhs;              // m+1, right-hand side of each row; scaled
+    Vec<std::int32_t> colexp;     // n, binary scale exponents; null: all zero
+    Vec<std::int32_t> rowexp;     // m+1, [0] and [m+1] are the objective's; null: all zero
+
+    // The point. Real units between solves, scaled during one.
+    Vec<double> x;                // n; before a solve it decides the side of a boxed variable
+    Vec<double> lower, upper;     // n, working bounds
+    Vec<double> iterate;          // n, the point handed to a report
+    Vec<double> rowvalue;         // m+1, rows at the point last evaluated
+    Vec<double> rowbase;          // m+1, rows at the start point
+    Vec<double> rowprobe;         // m+1, scratch
+    bool answerverified;          // the first optimum has been checked
+
+    // One solve.
+    Matrix tableau;               // rows 0..m+1, columns 0..n
+    Vec<RowSense> senses;         // m
+    Vec<std::int32_t> colstate;   // n, ColumnState
+    Vec<std::int32_t> collabel;   // n
+    Vec<std::int32_t> rowlabel;   // m
+    Vec<std::int32_t> rowpending; // m, 1 while the row's first logical is basic and undecided
+    std::int32_t leavebound;      // AT_LOWER or AT_UPPER: where the variable that moves comes to rest
+    int activecols;               // columns 1..activecols may enter
+    std::int32_t iterations;      // pivots and flips
+    double feastol;               // absolute, scaled units: what is left of the infeasibility
+    double opttol;                // absolute, scaled units: attractive costs
+    double pivottol;              // absolute, scaled units: smallest pivot
+
+    // During a simplex run column 0 of the tableau is kept here, and the bounds of the basic
+    // variables beside it, so that a step scans whole arrays instead of a column of the matrix.
+    Vec<double> basicvalue;       // m+1, [0] the objective
+    Vec<double> basiclower;       // m
+    Vec<double> basicupper;       // m
+    Vec<double> column;           // m+1, the entering column, up to date
+    WaitingPivots waiting;
+
+    // Kept for repeated solves.
+    Matrix savedtableau;
+    Vec<RowSense> savedsenses;    // m
+
+    // The analysis.
+    Vec<double> dj;               // n, reduced costs in the sense of the model
+    Vec<double> objup, objdown;   // n, room of each cost while the basis stays optimal
+    Vec<double> pi;               // m+1, duals in the sense of the model
+    Vec<double> rhsup, rhsdown;   // m+1, room of each right-hand side while it stays feasible
+    Vec<double> rise, fall;       // n, room of each nonbasic variable
+
+    ArrayBlock arrays;
+};
+
+// The engine's entries: see engine.h for what they promise.
+std::int32_t lpinit(SolveRun& run) noexcept;
+std::int32_t lpsolve(SolveRun& run) noexcept;
+std::int32_t lpfinish(SolveRun& run) noexcept;
+
+}  // namespace tarnwick

@@ -1,0 +1,328 @@
+// The tableau in motion. A pivot on row r, column c takes the multiple T[i][c] of the divided pivot
+// row from every other row i:
+//
+//     T[r][j] /= T[r][c],   T[i][j] -= T[r][j] * T[i][c],   T[i][c] = -T[i][c] / T[r][c]
+//
+// That update is all of the cost, and on a large tableau it is the memory that limits it. So the
+// simplex doesn't wait for it: a step needs the cost row, one column and one row, and these are
+// brought up to date on their own, while the other rows take several pivots in one pass, when the
+// waiting list is full. Every element sees the same operations in the same order, so the numbers are
+// those of an update at once.
+//
+// Column c needs no case of its own: its elements are set to zero, and the divided pivot row holds
+// 1 / T[r][c] there.
+
+#include "linear/pivot.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "linear/kernels.h"
+
+namespace tarnwick {
+
+namespace {
+
+constexpr int MOST_WAITING = 16;
+
+bool is_negligible(double value) noexcept { return !(std::fabs(value) > NEGLIGIBLE); }
+
+}  // namespace
+
+double lowerof(const LpEngine& lp, int label) noexcept
+{
+    return label > lp.n ? 0.0 : lp.lower[label];
+}
+
+double upperof(const LpEngine& lp, int label) noexcept
+{
+    return label > lp.n ? INFINITE_BOUND : lp.upper[label];
+}
+
+int waitingcapacity(int m, int n) noexcept
+{
+    constexpr double CACHED_CELLS = 64.0 * 1024;     // updating at once is as fast up to here
+    constexpr double SHARED_CELLS = 2048.0 * 1024;   // beyond it main memory sets the pace
+    const double cells = (m + 1.0) * (n + 1.0);
+    if (cells <= CACHED_CELLS) return 0;
+    return cells <= SHARED_CELLS ? 8 : MOST_WAITING;
+}
+
+// ---- column 0
+
+void loadbasis(LpEngine& lp) noexcept
+{
+    for (int i = 0; i <= lp.m + 1; ++i) lp.basicvalue[i] = lp.tableau[i][0];
+    for (int i = 1; i <= lp.m; ++i) {
+        lp.basiclower[i] = lowerof(lp, lp.rowlabel[i]);
+        lp.basicupper[i] = upperof(lp, lp.rowlabel[i]);
+    }
+}
+
+namespace {
+
+// Applies the waiting pivots to the columns [first, first + count) of row i. False: none waits.
+bool apply_to_row(LpEngine& lp, int i, int first, int count) noexcept
+{
+    double factors[MOST_WAITING];
+    const double* rows[MOST_WAITING];
+    int found = 0;
+    for (int p = 0; p < lp.waiting.count; ++p) {
+        const double factor = lp.waiting.columns[p][i];
+        if (factor == 0.0) continue;
+        factors[found] = factor;
+        rows[found++] = lp.waiting.rows[p] + first;
+    }
+    if (found == 0) return false;
+    subtract_rows(lp.tableau[i] + first, factors, rows, found, count);
+    return true;
+}
+
+// A strip of columns at a time, so that the waiting pivot rows stay in the nearest cache.
+void apply_waiting(LpEngine& lp) noexcept
+{
+    constexpr int STRIP = 512;
+    if (lp.waiting.count == 0) return;
+    const int stride = lp.tableau.stride();
+    for (int first = 0; first < stride; first += STRIP)
+        for (int i = 1; i <= lp.m; ++i)
+            apply_to_row(lp, i, first, std::min(STRIP, stride - first));
+    lp.waiting.count = 0;
+}
+
+}  // namespace
+
+void unloadbasis(LpEngine& lp) noexcept
+{
+    apply_waiting(lp);
+    for (int i = 0; i <= lp.m + 1; ++i) lp.tableau[i][0] = lp.basicvalue[i];
+}
+
+// ---- a column, a row
+
+void fetchcolumn(LpEngine& lp, int c) noexcept
+{
+    double* const column = lp.column.data();
+    for (int i = 0; i <= lp.m + 1; ++i) column[i] = lp.tableau[i][c];
+    for (int p = 0; p < lp.waiting.count; ++p) {
+        const double entry = lp.waiting.rows[p][c];
+        if (entry == 0.0) continue;
+        const double* __restrict factors = lp.waiting.columns[p];
+        for (int i = 1; i <= lp.m; ++i) column[i] -= entry * factors[i];
+    }
+}
+
+void refreshrow(LpEngine& lp, int i) noexcept
+{
+    if (!apply_to_row(lp, i, 0, lp.tableau.stride())) return;
+    for (int p = 0; p < lp.waiting.count; ++p) lp.waiting.columns[p][i] = 0.0;
+}
+
+// ---- moves
+
+namespace {
+
+// Puts the variable at the bound where it comes to rest, and gives that value.
+double rest_at_leavebound(LpEngine& lp, int label, int c) noexcept
+{
+    lp.colstate[c] = lp.leavebound;
+    lp.x[label] = lp.leavebound == AT_UPPER ? lp.upper[label] : lp.lower[label];
+    return lp.x[label];
+}
+
+// column 0 += t * (fetched column), rows 0..last.
+void shift_values(LpEngine& lp, int last, double t) noexcept
+{
+    if (is_negligible(t)) return;
+    for (int i = 0; i <= last; ++i)
+        if (!is_negligible(lp.column[i])) lp.basicvalue[i] += t * lp.column[i];
+}
+
+double rest_value(const LpEngine& lp, int label, int c) noexcept
+{
+    if (label > lp.n || lp.colstate[c] == AT_ZERO) return 0.0;
+    return lp.colstate[c] == AT_LOWER ? lp.lower[label] : lp.upper[label];
+}
+
+// The value that the leaving variable rests at.
+double put_to_rest(LpEngine& lp, int label, int c) noexcept
+{
+    if (label <= lp.n) return rest_at_leavebound(lp, label, c);
+    lp.colstate[c] = AT_LOWER;
+    return 0.0;
+}
+
+// Row r over its pivot element, whose inverse takes its place.
+void divide_row(LpEngine& lp, int r, int c, double inverse) noexcept
+{
+    double* const row = lp.tableau[r];
+    for (int j = 1; j <= lp.n; ++j)
+        if (!is_negligible(row[j])) row[j] *= inverse;
+    row[c] = inverse;
+    if (!is_negligible(lp.basicvalue[r])) lp.basicvalue[r] *= inverse;
+}
+
+// What the update does to column 0.
+void update_values(LpEngine& lp, int last, int r) noexcept
+{
+    const double value = lp.basicvalue[r];
+    if (is_negligible(value)) return;
+    for (int i = 0; i <= last; ++i)
+        if (i != r && !is_negligible(lp.column[i])) lp.basicvalue[i] -= value * lp.column[i];
+}
+
+// Copies entries 1..count, the negligible ones as zero, and sees what they are.
+struct Entries {
+    int number = 0;
+    bool infinite = false;  // an infinity is among them
+};
+
+Entries copy_entries(double* __restrict target, const double* __restrict source,
+                     int count) noexcept
+{
+    double largest = 0.0;
+    int number = 0;
+    for (int k = 1; k <= count; ++k) {
+        const double value = is_negligible(source[k]) ? 0.0 : source[k];
+        target[k] = value;
+        number += value != 0.0 ? 1 : 0;
+        largest = std::fabs(value) > largest ? std::fabs(value) : largest;
+    }
+    return {number, std::isinf(largest)};
+}
+
+// How the multiple of a pivot row is taken from another row.
+enum class Update {
+    whole_row,  // the kernels: zeros take part
+    listed,     // the entries of the pivot row, by their list: for a row that is nearly empty
+};
+
+void update_row(LpEngine& lp, int i, int c, Update update, int entries) noexcept
+{
+    const double factor = lp.column[i];
+    if (is_negligible(factor)) return;
+    const double* const p = lp.waiting.rows[lp.waiting.count];
+    double* const row = lp.tableau[i];
+    row[c] = 0.0;
+    if (update == Update::whole_row) {
+        subtract_row(row, factor, p, lp.tableau.stride());
+        return;
+    }
+    const std::int32_t* const list = lp.waiting.list.data();
+    for (int k = 0; k < entries; ++k) row[list[k]] -= p[list[k]] * factor;
+}
+
+int list_entries(LpEngine& lp, const double* p) noexcept
+{
+    int next = 0;
+    for (int j = 1; j <= lp.n; ++j)
+        if (p[j] != 0.0) lp.waiting.list[next++] = j;
+    return next;
+}
+
+// Lets the pivot wait for its pass over the rows 1..m. Column c is up to date, so that earlier
+// pivots have nothing to do there.
+void put_on_waiting_list(LpEngine& lp, int r, int c) noexcept
+{
+    WaitingPivots& waiting = lp.waiting;
+    for (int p = 0; p < waiting.count; ++p) waiting.rows[p][c] = 0.0;
+    double* const factors = waiting.columns[waiting.count];
+    factors[r] = 0.0;
+    for (int i = 1; i <= lp.m; ++i)
+        if (i != r) lp.tableau[i][c] = factors[i] != 0.0 ? 0.0 : lp.column[i];
+    if (++waiting.count == waiting.capacity) apply_waiting(lp);
+}
+
+// Takes the divided pivot row from the other rows: at once from the two that are priced, and from
+// the rest at once or later.
+void update_rows(LpEngine& lp, int last, int r, int c) noexcept
+{
+    constexpr int SPARSE = 8;         // an entry by list costs this many times one of a whole row
+    constexpr int SHORTEST_ROW = 64;  // below it a list isn't worth making
+    WaitingPivots& waiting = lp.waiting;
+
+    double* const p = waiting.rows[waiting.count];
+    const Entries row = copy_entries(p, lp.tableau[r], lp.n);
+    const Entries column =
+        copy_entries(waiting.columns[waiting.count], lp.column.data(), lp.m);
+    p[c] = lp.tableau[r][c];
+
+    // An infinite factor times a zero is no zero: then only the entries may be touched.
+    const bool infinite = row.infinite || column.infinite || std::isinf(lp.column[0]) ||
+                          std::isinf(lp.column[lp.m + 1]);
+    if (infinite && waiting.count > 0) {
+        apply_waiting(lp);
+        update_rows(lp, last, r, c);
+        return;
+    }
+
+    const bool sparse = lp.n >= SHORTEST_ROW && row.number * SPARSE <= lp.n;
+    const Update update = infinite || sparse ? Update::listed : Update::whole_row;
+    const int entries = update == Update::listed ? list_entries(lp, p) : 0;
+    update_row(lp, 0, c, update, entries);
+    if (last > lp.m) update_row(lp, last, c, update, entries);
+
+    const bool at_once = infinite || (sparse && waiting.count == 0);
+    if (waiting.capacity > 0 && !at_once) {
+        put_on_waiting_list(lp, r, c);
+        return;
+    }
+    for (int i = 1; i <= lp.m; ++i)
+        if (i != r) update_row(lp, i, c, update, entries);
+}
+
+}  // namespace
+
+void flipbound(LpEngine& lp, int last, int c) noexcept
+{
+    ++lp.iterations;
+    const int label = lp.collabel[c];
+    const double old = lp.x[label];
+    const double step = rest_at_leavebound(lp, label, c) - old;
+    shift_values(lp, last, -step);
+}
+
+void pivot(LpEngine& lp, int last, int r, int c) noexcept
+{
+    ++lp.iterations;
+    const int entering = lp.collabel[c];
+    const int leaving = lp.rowlabel[r];
+
+    // Out of column 0 with the entering variable, in with the leaving one.
+    shift_values(lp, last, rest_value(lp, entering, c));
+    lp.basicvalue[r] -= put_to_rest(lp, leaving, c);
+
+    refreshrow(lp, r);
+    divide_row(lp, r, c, 1.0 / lp.column[r]);
+    update_values(lp, last, r);
+    update_rows(lp, last, r, c);
+
+    lp.collabel[c] = leaving;
+    lp.rowlabel[r] = entering;
+    lp.basiclower[r] = lowerof(lp, entering);
+    lp.basicupper[r] = upperof(lp, entering);
+}
+
+// ---- columns of artificial variables
+
+void exchangecolumns(LpEngine& lp, int c, int d) noexcept
+{
+    const auto exchange = [c, d](double* row) {
+        const double entry = row[c];
+        row[c] = row[d];
+        row[d] = -entry;
+    };
+    for (int i = 0; i <= lp.m + 1; ++i) exchange(lp.tableau[i]);
+    for (int p = 0; p < lp.waiting.count; ++p) exchange(lp.waiting.rows[p]);
+    std::swap(lp.collabel[c], lp.collabel[d]);
+    std::swap(lp.colstate[c], lp.colstate[d]);
+}
+
+void negatecolumn(LpEngine& lp, int c) noexcept
+{
+    for (int i = 0; i <= lp.m + 1; ++i) lp.tableau[i][c] = -lp.tableau[i][c];
+    for (int p = 0; p < lp.waiting.count; ++p) lp.waiting.rows[p][c] = -lp.waiting.rows[p][c];
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,120 @@
+// The ratio test. When the entering variable of column c moves by t in its direction, the basic
+// variables move by -T[i][c] t or +T[i][c] t and the first to reach a bound leaves:
+//
+//     t[i] = |(B - bound) / T[i][c]|,   over the rows with |T[i][c]| > pivottol
+//
+// Shorter steps win. Of rows with exactly the same step the lexicographic rule decides: the rows,
+// over their pivot elements, are compared on the variable of lowest label on which they differ.
+// That orders all bases, so that a degenerate vertex cannot be walked round for ever.
+
+#include "linear/ratio.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "linear/pivot.h"
+
+namespace tarnwick {
+
+namespace {
+
+struct Limit {
+    double step = INFINITE_BOUND;
+    int row = 0;
+};
+
+double normalised(const double* row, int j, double pivot) noexcept
+{
+    return std::fabs(row[j]) > NEGLIGIBLE ? row[j] / pivot : 0.0;
+}
+
+// The one of two rows with the same step that leaves. With a rising variable the smaller
+// normalised row wins, with a falling one the larger.
+int tiebreak(LpEngine& lp, int r1, int r2, int c, bool rises) noexcept
+{
+    refreshrow(lp, r1);
+    refreshrow(lp, r2);
+    const double* const row1 = lp.tableau[r1];
+    const double* const row2 = lp.tableau[r2];
+    const int larger = rises ? r2 : r1;   // the winner where row 1 is the larger
+    const int smaller = rises ? r1 : r2;  // and where it is the smaller
+
+    int low = std::min(lp.rowlabel[r1], lp.rowlabel[r2]);
+    int winner = lp.rowlabel[r1] <= lp.rowlabel[r2] ? larger : smaller;
+    for (int j = 1; j <= lp.n; ++j) {
+        if (j == c || lp.collabel[j] >= low) continue;
+        const double a1 = normalised(row1, j, lp.column[r1]);
+        const double a2 = normalised(row2, j, lp.column[r2]);
+        if (a1 == a2) continue;
+        low = lp.collabel[j];
+        winner = a1 > a2 ? larger : smaller;
+    }
+    return winner;
+}
+
+bool is_finite_limit(double bound) noexcept
+{
+    return bound > -INFINITE_BOUND && bound < INFINITE_BOUND;
+}
+
+// One pass over the rows in which the basic variables move towards `bounds`: with sign 1 the rows
+// with positive elements, with sign -1 those with negative ones.
+void pass(LpEngine& lp, int c, bool rises, double sign, Vec<const double> bounds,
+          std::int32_t leavebound, Limit& limit) noexcept
+{
+    for (int i = 1; i <= lp.m; ++i) {
+        const double a = lp.column[i];
+        if (!(sign * a > lp.pivottol) || !is_finite_limit(bounds[i])) continue;
+
+        const double step = std::fabs((lp.basicvalue[i] - bounds[i]) / a);
+        const bool is_shorter = limit.row == 0 ? step >= 0.0 : step < limit.step;
+        const bool wins_tie = !is_shorter && step == limit.step &&
+                              tiebreak(lp, limit.row, i, c, rises) == i;
+        if (!is_shorter && !wins_tie) continue;
+        limit = {step, i};
+        lp.leavebound = leavebound;
+    }
+}
+
+bool a_basic_sits_at_a_bound(const LpEngine& lp) noexcept
+{
+    for (int i = 1; i <= lp.m; ++i) {
+        const double value = lp.basicvalue[i];
+        if (value == lp.basiclower[i] || value == lp.basicupper[i]) return true;
+    }
+    return false;
+}
+
+// The entering variable's own range is shorter than the step to the first row; of equal ones the
+// flip wins at a vertex that isn't degenerate.
+bool flips(const LpEngine& lp, int label, double step) noexcept
+{
+    const double lower = lowerof(lp, label), upper = upperof(lp, label);
+    if (!is_finite_limit(lower) || !is_finite_limit(upper)) return false;
+    const double width = upper - lower;
+    return width < step || (width == step && !a_basic_sits_at_a_bound(lp));
+}
+
+}  // namespace
+
+StepChoice ratiotest(LpEngine& lp, int c, int s) noexcept
+{
+    const bool rises = lp.column[s] > 0.0;
+    Limit limit;
+    if (rises) {
+        pass(lp, c, rises, 1.0, lp.basiclower, AT_LOWER, limit);
+        pass(lp, c, rises, -1.0, lp.basicupper, AT_UPPER, limit);
+    } else {
+        pass(lp, c, rises, 1.0, lp.basicupper, AT_UPPER, limit);
+        pass(lp, c, rises, -1.0, lp.basiclower, AT_LOWER, limit);
+    }
+
+    if (flips(lp, lp.collabel[c], limit.step)) {
+        lp.leavebound = lp.colstate[c] == AT_LOWER ? AT_UPPER : AT_LOWER;
+        return {Step::flip, 0};
+    }
+    if (limit.row == 0) return {};
+    return {Step::pivot, limit.row};
+}
+
+}  // namespace tarnwick

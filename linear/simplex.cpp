@@ -1,0 +1,379 @@
+// The bounded tableau simplex in two phases. Every nonbasic variable rests at a bound (a free one
+// at zero); a step moves one of them until it meets its own other bound, which is a flip, or until
+// a basic variable meets one of its bounds, which is a pivot.
+//
+// Signs are normalised first, so that every right-hand side is nonnegative. The logical variable of
+// a row is then a slack in a < row, and an artificial one in the others, where the first phase
+// drives
+//
+//     T[m+1][.] = sum of T[i][.] over the rows i that are not <
+//
+// to zero. An artificial of an = row that leaves is gone for good: its column goes behind
+// activecols, where it is still updated, because the dual of the row is read from it. One of a > row
+// turns into the row's surplus: its column changes sign and loses its share of the infeasibility.
+//
+// Pricing takes the largest coefficient; there is no refactorisation and no perturbation.
+
+#include "linear/simplex.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "control/services.h"
+#include "linear/pivot.h"
+#include "linear/ratio.h"
+#include "linear/scaling.h"
+
+namespace tarnwick {
+
+// ---- placement
+
+namespace {
+
+bool is_finite_lower(double bound) noexcept { return bound > -INFINITE_BOUND; }
+bool is_finite_upper(double bound) noexcept { return bound < INFINITE_BOUND; }
+
+struct Rest {
+    double value;
+    ColumnState state;
+};
+
+// A variable with two bounds starts at the one nearer to the point it had, the lower on a tie.
+Rest starting_rest(double lower, double upper, double x) noexcept
+{
+    if (lower == upper) return {lower, IS_FIXED};
+    if (is_finite_lower(lower) && is_finite_upper(upper))
+        return 2.0 * x > lower + upper ? Rest{upper, AT_UPPER} : Rest{lower, AT_LOWER};
+    if (is_finite_lower(lower)) return {lower, AT_LOWER};
+    if (is_finite_upper(upper)) return {upper, AT_UPPER};
+    return {0.0, AT_ZERO};
+}
+
+// Moves the contributions of the nonbasic variables into column 0. Gives the number of those that
+// do not rest at zero.
+void rest_all(LpEngine& lp) noexcept
+{
+    bool all_at_zero = true;
+    for (int j = 1; j <= lp.n; ++j) {
+        const Rest rest = starting_rest(lp.lower[j], lp.upper[j], lp.x[j]);
+        lp.x[j] = rest.value;
+        lp.colstate[j] = rest.state;
+        all_at_zero = all_at_zero && !(std::fabs(rest.value) > NEGLIGIBLE);
+    }
+    if (all_at_zero) return;
+
+    for (int i = 0; i <= lp.m; ++i) {
+        double* const row = lp.tableau[i];
+        for (int j = 1; j <= lp.n; ++j)
+            if (std::fabs(lp.x[j]) > NEGLIGIBLE && std::fabs(row[j]) > NEGLIGIBLE)
+                row[0] -= row[j] * lp.x[j];
+    }
+}
+
+void negate_row(double* row, int n) noexcept
+{
+    for (int j = 0; j <= n; ++j) row[j] = -row[j];
+}
+
+char mirrored(char sense) noexcept
+{
+    if (sense == '=') return '=';
+    return sense == '<' ? '>' : '<';
+}
+
+void normalise_signs(LpEngine& lp) noexcept
+{
+    for (int i = 1; i <= lp.m; ++i) {
+        if (!(lp.tableau[i][0] < 0.0)) continue;
+        negate_row(lp.tableau[i], lp.n);
+        lp.senses[i].sense = mirrored(lp.senses[i].sense);
+        ++lp.senses[i].flips;
+    }
+}
+
+void build_infeasibility_row(LpEngine& lp) noexcept
+{
+    double* const sum = lp.tableau[lp.m + 1];
+    std::fill_n(sum, lp.n + 1, 0.0);
+    for (int i = 1; i <= lp.m; ++i) {
+        if (lp.senses[i].sense == '<') continue;
+        const double* const row = lp.tableau[i];
+        for (int j = 0; j <= lp.n; ++j) sum[j] += row[j];
+    }
+}
+
+bool placevariables(LpEngine& lp) noexcept
+{
+    if (lp.n < 1 || lp.m < 0) return false;
+    rest_all(lp);
+    normalise_signs(lp);
+    build_infeasibility_row(lp);
+    return true;
+}
+
+// ---- pricing
+
+// The column with the largest attractive entry of row s, the lowest on a tie; a free variable with
+// any attraction comes before all others. 0: none is above opttol.
+int price(const LpEngine& lp, int s) noexcept
+{
+    const double* const costs = lp.tableau[s];
+    double best = 0.0;
+    int pick = 0;
+    for (int j = 1; j <= lp.activecols; ++j) {
+        const double d = costs[j];
+        switch (lp.colstate[j]) {
+        case AT_LOWER:
+            if (d > best) {
+                best = d;
+                pick = j;
+            }
+            break;
+        case AT_UPPER:
+            if (-d > best) {
+                best = -d;
+                pick = j;
+            }
+            break;
+        case AT_ZERO:
+            if (std::fabs(d) > lp.opttol) return j;
+            break;
+        default: break;
+        }
+    }
+    return best > lp.opttol ? pick : 0;
+}
+
+// ---- reports
+
+void refreshiterate(LpEngine& lp) noexcept
+{
+    for (int i = 1; i <= lp.m; ++i)
+        if (lp.rowlabel[i] <= lp.n) lp.iterate[lp.rowlabel[i]] = lp.basicvalue[i];
+    for (int j = 1; j <= lp.n; ++j)
+        if (lp.collabel[j] <= lp.n) lp.iterate[lp.collabel[j]] = lp.x[lp.collabel[j]];
+}
+
+std::int32_t report_step(const LpEngine& lp) noexcept
+{
+    if (lp.mode == MODE_QUADRATIC) return reportprogress(lp.control, EVENT_POLL, 0, 0.0);
+
+    constexpr std::int32_t EVENT_STEP = EVENT_ITERATION | EVENT_POLL;
+    const double infeasibility = lp.basicvalue[lp.m + 1];
+    if (lp.tol < infeasibility)
+        return reportprogress(lp.control, EVENT_STEP | EVENT_INFEASIBILITY, lp.iterations,
+                              infeasibility);
+    const double objective = unscaleobjective(lp, lp.basicvalue[0]);
+    return reportprogress(lp.control, EVENT_STEP, lp.iterations,
+                          lp.maximize ? -objective : objective);
+}
+
+// Reports the step. When it was the last one, its point is evaluated, so that the Problem holds it.
+EngineResult reportiterate(LpEngine& lp) noexcept
+{
+    if (report_step(lp) == STOP_NONE) return ENGINE_OPTIMAL;
+
+    refreshiterate(lp);
+    reportprogress(lp.control, EVENT_FINAL, 0, 0.0);
+    unscalecolumns(lp, lp.iterate);
+    evalfunctions(lp.control, lp.rowprobe.first(), lp.iterate.first());
+    scalecolumns(lp, lp.iterate);
+    scalerowvalues(lp, lp.rowprobe);
+    return stopresult(reportprogress(lp.control, EVENT_FINAL_DONE, 0, 0.0), ENGINE_OPTIMAL);
+}
+
+// ---- the phases
+
+// The row's first logical variable has just left the basis, into column c.
+void fixrow(LpEngine& lp, int r, int c) noexcept
+{
+    if (lp.rowpending[r] == 0) return;
+    lp.rowpending[r] = 0;
+    switch (lp.senses[r].sense) {
+    case '=':
+        exchangecolumns(lp, c, lp.activecols);
+        --lp.activecols;
+        break;
+    case '>':
+        lp.tableau[lp.m + 1][c] += 1.0;
+        negatecolumn(lp, c);
+        break;
+    default: break;
+    }
+}
+
+// Steps, priced in row s, until no column is attractive: m+1 in the first phase, 0 in the second.
+EngineResult run_phase(LpEngine& lp, int s) noexcept
+{
+    const bool is_first = s != 0;
+    const int last = is_first ? lp.m + 1 : lp.m;
+    for (;;) {
+        const int c = price(lp, s);
+        if (c == 0) return ENGINE_OPTIMAL;
+
+        fetchcolumn(lp, c);
+        const StepChoice choice = ratiotest(lp, c, s);
+        if (choice.step == Step::none) return ENGINE_UNBOUNDED;
+        if (choice.step == Step::flip) {
+            flipbound(lp, last, c);
+        } else {
+            pivot(lp, last, choice.row, c);
+            if (is_first) fixrow(lp, choice.row, c);
+        }
+        if (const EngineResult stop = reportiterate(lp); stop != ENGINE_OPTIMAL) return stop;
+    }
+}
+
+// The open column with the largest entry of row i, the lowest on a tie; 0 if it is no pivot.
+int largest_entry(LpEngine& lp, int i) noexcept
+{
+    refreshrow(lp, i);
+    const double* const row = lp.tableau[i];
+    double best = 0.0;
+    int pick = 0;
+    for (int j = 1; j <= lp.activecols; ++j) {
+        if (!(std::fabs(row[j]) > best)) continue;
+        best = std::fabs(row[j]);
+        pick = j;
+    }
+    return best > lp.pivottol ? pick : 0;
+}
+
+// Drives the artificial of an = row, now at zero, out of the basis. A row without a pivot is
+// redundant and keeps it.
+EngineResult drive_out(LpEngine& lp, int i) noexcept
+{
+    const int c = largest_entry(lp, i);
+    if (c == 0) return ENGINE_OPTIMAL;
+    fetchcolumn(lp, c);
+    pivot(lp, lp.m + 1, i, c);
+    fixrow(lp, i, c);
+    return reportiterate(lp);
+}
+
+// The artificial of a > row that is still basic is the row's surplus from now on.
+void turn_into_surplus(LpEngine& lp, int i) noexcept
+{
+    refreshrow(lp, i);
+    negate_row(lp.tableau[i], lp.n);
+    lp.basicvalue[i] = -lp.basicvalue[i];
+}
+
+EngineResult transition(LpEngine& lp) noexcept
+{
+    for (int i = 1; i <= lp.m; ++i) {
+        if (lp.rowpending[i] == 0) continue;
+        const char sense = lp.senses[i].sense;
+        if (sense == '=') {
+            if (const EngineResult stop = drive_out(lp, i); stop != ENGINE_OPTIMAL) return stop;
+            continue;
+        }
+        if (sense == '>') turn_into_surplus(lp, i);
+        lp.rowpending[i] = 0;
+    }
+    return ENGINE_OPTIMAL;
+}
+
+void start_basis(LpEngine& lp) noexcept
+{
+    lp.iterations = 0;
+    lp.activecols = lp.n;
+    lp.waiting.count = 0;
+    for (int j = 1; j <= lp.n; ++j) lp.collabel[j] = j;
+    for (int i = 1; i <= lp.m; ++i) {
+        lp.rowlabel[i] = lp.n + i;
+        lp.rowpending[i] = 1;
+    }
+    loadbasis(lp);
+}
+
+EngineResult run_phases(LpEngine& lp) noexcept
+{
+    if (const EngineResult code = run_phase(lp, lp.m + 1); code != ENGINE_OPTIMAL) return code;
+    if (!(lp.basicvalue[lp.m + 1] <= lp.feastol)) return ENGINE_INFEASIBLE;
+    if (const EngineResult code = transition(lp); code != ENGINE_OPTIMAL) return code;
+    return run_phase(lp, 0);
+}
+
+// Leaves the point in x, the tableau whole, and no cost of the wrong sign that pricing let pass.
+void finishpoint(LpEngine& lp) noexcept
+{
+    unloadbasis(lp);
+    for (int i = 1; i <= lp.m; ++i)
+        if (lp.rowlabel[i] <= lp.n) lp.x[lp.rowlabel[i]] = lp.tableau[i][0];
+
+    double* const costs = lp.tableau[0];
+    for (int j = 1; j <= lp.activecols; ++j) {
+        const bool is_wrong = (lp.colstate[j] == AT_LOWER && costs[j] > 0.0) ||
+                              (lp.colstate[j] == AT_UPPER && costs[j] < 0.0);
+        if (is_wrong) costs[j] = 0.0;
+    }
+}
+
+}  // namespace
+
+EngineResult solvesimplex(LpEngine& lp) noexcept
+{
+    getdblinfo(lp.control, &lp.feastol, INFO_FEASTOL);
+    getdblinfo(lp.control, &lp.opttol, INFO_OPTTOL);
+    getdblinfo(lp.control, &lp.pivottol, INFO_PIVOTTOL);
+
+    if (!placevariables(lp)) return ENGINE_BADMODEL;
+    start_basis(lp);
+    const EngineResult code = run_phases(lp);
+    finishpoint(lp);
+    return code;
+}
+
+// ---- other costs, the same basis
+
+namespace {
+
+void rest_nonbasic(LpEngine& lp) noexcept
+{
+    for (int j = 1; j <= lp.n; ++j) {
+        const int label = lp.collabel[j];
+        if (label > lp.n) continue;
+        switch (lp.colstate[j]) {
+        case AT_UPPER: lp.x[label] = lp.upper[label]; break;
+        case AT_ZERO: lp.x[label] = 0.0; break;
+        default: lp.x[label] = lp.lower[label]; break;
+        }
+    }
+}
+
+// Row 0 = cost of the basis times the rows, less the cost of the column.
+void rebuild_costs(LpEngine& lp, Vec<const double> cost) noexcept
+{
+    double* const costs = lp.tableau[0];
+    costs[0] = cost[0];
+    for (int j = 1; j <= lp.n; ++j)
+        costs[j] = lp.collabel[j] > lp.n ? 0.0 : -cost[lp.collabel[j]];
+
+    for (int i = 1; i <= lp.m; ++i) {
+        if (lp.rowlabel[i] > lp.n) continue;
+        const double g = cost[lp.rowlabel[i]];
+        if (!(std::fabs(g) > NEGLIGIBLE)) continue;
+        const double* const row = lp.tableau[i];
+        for (int j = 1; j <= lp.n; ++j)
+            if (std::fabs(row[j]) > NEGLIGIBLE) costs[j] += g * row[j];
+    }
+}
+
+}  // namespace
+
+EngineResult resolvesimplex(LpEngine& lp, Vec<const double> cost) noexcept
+{
+    if (lp.n < 1 || lp.m < 0 || !lp.tableau) return ENGINE_BADMODEL;
+    for (int i = 1; i <= lp.m; ++i)
+        if (lp.rowlabel[i] <= lp.n) lp.x[lp.rowlabel[i]] = lp.tableau[i][0];
+    rest_nonbasic(lp);
+    if (cost) rebuild_costs(lp, cost);
+
+    loadbasis(lp);
+    const EngineResult code = run_phase(lp, 0);
+    finishpoint(lp);
+    return code;
+}
+
+}  // namespace tarnwick
