@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
-#include <regex>
 #include <string>
 #include <vector>
 
@@ -45,7 +44,7 @@ bool is_allowed(const std::string& included, const Layer& layer)
 template <class Check>
 void for_each_include(const char* folder, Check check)
 {
-    static const std::regex INCLUDE(R"(^\s*#\s*include\s*([<"])([^>"]+)[>"])");
+    static const std::string INCLUDE = "#include ";
     const fs::path root = fs::path(TARNWICK_SOURCE_DIR) / folder;
     if (!fs::exists(root)) return;
 
@@ -54,10 +53,12 @@ void for_each_include(const char* folder, Check check)
         if (extension != ".cpp" && extension != ".h") continue;
 
         std::ifstream file(entry.path());
-        std::smatch match;
-        for (std::string line; std::getline(file, line);)
-            if (std::regex_search(line, match, INCLUDE))
-                check(entry.path().string(), match[2].str(), match[1] == "<");
+        for (std::string line; std::getline(file, line);) {
+            if (line.rfind(INCLUDE, 0) != 0) continue;
+            const std::size_t name = INCLUDE.size() + 1;
+            const std::size_t end = line.find_first_of(">\"", name);
+            check(entry.path().string(), line.substr(name, end - name), line[name - 1] == '<');
+        }
     }
 }
 
