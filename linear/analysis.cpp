@@ -15,9 +15,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "control/services.h"
+#include "linear/kernels.h"
 #include "linear/pivot.h"
 #include "linear/probe.h"
 #include "linear/scaling.h"
@@ -38,26 +40,21 @@ bool is_gone_for_good(const LpEngine& lp, int label) noexcept
     return label > lp.n && lp.senses[label - lp.n].sense == '=';
 }
 
+// In which direction the cost of a basic variable with a positive element in column j may go until
+// that column's reduced cost is zero: 1 up, -1 down, 0 for a column that takes no part.
+double direction_of(const LpEngine& lp, int label) noexcept
+{
+    if (is_gone_for_good(lp, label)) return 0.0;
+    return label > lp.n || rests_at_lower(lp, label) ? 1.0 : -1.0;
+}
+
 // The cost range of the variable basic in row i.
 void range_basic_cost(LpEngine& lp, int i, int label) noexcept
 {
-    const double* const costs = lp.tableau[0];
-    const double* const row = lp.tableau[i];
-    double up = INFINITE_BOUND, down = INFINITE_BOUND;
-    for (int j = 1; j <= lp.n; ++j) {
-        const double a = row[j];
-        if (!(std::fabs(a) > NEGLIGIBLE)) continue;
-        const int other = lp.collabel[j];
-        if (is_gone_for_good(lp, other)) continue;
-
-        const double room = std::fabs(costs[j] / a);
-        const bool is_mirrored = other <= lp.n && !rests_at_lower(lp, other);
-        const bool rises = (a > 0.0) != is_mirrored;
-        double& limit = rises ? up : down;
-        limit = std::min(limit, room);
-    }
-    lp.objup[label] = up;
-    lp.objdown[label] = down;
+    const Room room = room_of_cost(lp.tableau[i], lp.rise.data(), lp.tableau[0], lp.n, NEGLIGIBLE,
+                                   INFINITE_BOUND);
+    lp.objup[label] = room.up;
+    lp.objdown[label] = room.down;
     lp.dj[label] = 0.0;
 }
 
@@ -72,6 +69,7 @@ void range_nonbasic_cost(LpEngine& lp, int j, int label) noexcept
 
 void analyse_columns(LpEngine& lp) noexcept
 {
+    for (int j = 1; j <= lp.n; ++j) lp.rise[j] = direction_of(lp, lp.collabel[j]);
     for (int i = 1; i <= lp.m; ++i)
         if (lp.rowlabel[i] <= lp.n) range_basic_cost(lp, i, lp.rowlabel[i]);
     for (int j = 1; j <= lp.n; ++j)
@@ -103,25 +101,17 @@ void range_free_row(LpEngine& lp, int k, double value) noexcept
         store_row_range(lp, k, value, INFINITE_BOUND);
 }
 
-// How far the variable of each column could move up and down before the basic variable of row r
-// meets a bound; rows are taken one by one, as they lie in memory.
-void shrink_room(LpEngine& lp, int r) noexcept
+// How far the variable of each column could move before the basic variable of row r meets a bound;
+// rows are taken one by one, as they lie in memory.
+void shrink_room_by_row(LpEngine& lp, int r) noexcept
 {
-    const double* const row = lp.tableau[r];
+    constexpr double NO_BOUND = std::numeric_limits<double>::infinity();
+    const double value = lp.tableau[r][0];
     const double lower = lowerof(lp, lp.rowlabel[r]), upper = upperof(lp, lp.rowlabel[r]);
-    const bool has_lower = lower > -INFINITE_BOUND, has_upper = upper < INFINITE_BOUND;
-    const double to_lower = std::max(row[0] - lower, 0.0);
-    const double to_upper = std::max(upper - row[0], 0.0);
-
-    for (int j = 1; j <= lp.n; ++j) {
-        if (lp.collabel[j] <= lp.n) continue;
-        const double a = row[j], size = std::fabs(a);
-        if (!(size >= NEGLIGIBLE)) continue;
-        double& down_to_lower = a > 0.0 ? lp.rise[j] : lp.fall[j];
-        double& up_to_upper = a > 0.0 ? lp.fall[j] : lp.rise[j];
-        if (has_lower) down_to_lower = std::min(down_to_lower, to_lower / size);
-        if (has_upper) up_to_upper = std::min(up_to_upper, to_upper / size);
-    }
+    const double to_lower = lower > -INFINITE_BOUND ? std::max(value - lower, 0.0) : NO_BOUND;
+    const double to_upper = upper < INFINITE_BOUND ? std::max(upper - value, 0.0) : NO_BOUND;
+    shrink_room(lp.rise.data(), lp.fall.data(), lp.tableau[r], to_lower, to_upper, lp.n,
+                NEGLIGIBLE);
 }
 
 // The logical variable is nonbasic: the row is binding and has a dual.
@@ -146,7 +136,7 @@ void analyse_rows(LpEngine& lp) noexcept
 
     std::fill_n(lp.rise.first(), lp.n, INFINITE_BOUND);
     std::fill_n(lp.fall.first(), lp.n, INFINITE_BOUND);
-    for (int r = 1; r <= lp.m; ++r) shrink_room(lp, r);
+    for (int r = 1; r <= lp.m; ++r) shrink_room_by_row(lp, r);
     for (int j = 1; j <= lp.n; ++j)
         if (lp.collabel[j] > lp.n) range_binding_row(lp, lp.collabel[j] - lp.n, j);
 

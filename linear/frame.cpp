@@ -60,11 +60,13 @@ bool create_arrays(LpEngine& lp) noexcept
     const int n = lp.n, m = lp.m;
     return lp.arrays.create([&lp, n, m](auto& layout) {
         for (Vec<double>* column : {&lp.start, &lp.grad, &lp.x, &lp.lower, &lp.upper, &lp.iterate,
-                                    &lp.dj, &lp.objup, &lp.objdown, &lp.rise, &lp.fall})
+                                    &lp.dj, &lp.objup, &lp.objdown, &lp.rise, &lp.fall, &lp.colup,
+                                    &lp.coldown})
             layout(*column, n);
         for (Vec<double>* row : {&lp.rowlower, &lp.rowupper, &lp.rhs, &lp.rowvalue, &lp.rowbase,
                                  &lp.rowprobe, &lp.basicvalue, &lp.basiclower, &lp.basicupper,
-                                 &lp.column, &lp.pi, &lp.rhsup, &lp.rhsdown})
+                                 &lp.column, &lp.pi, &lp.rhsup, &lp.rhsdown, &lp.rowup,
+                                 &lp.rowdown, &lp.steps})
             layout(*row, m + 1);
         for (Vec<std::int32_t>* column : {&lp.colexp, &lp.colstate, &lp.collabel, &lp.waiting.list})
             layout(*column, n);
@@ -78,11 +80,13 @@ bool create_arrays(LpEngine& lp) noexcept
 
 bool create_tableau(LpEngine& lp) noexcept
 {
-    WaitingPivots& waiting = lp.waiting;
-    waiting.capacity = waitingcapacity(lp.m, lp.n);
-    const int slots = std::max(waiting.capacity, 1);
-    return lp.tableau.create(lp.m + 1, lp.n) && waiting.rows.create(slots - 1, lp.n) &&
-           waiting.columns.create(slots - 1, lp.m);
+    lp.waiting.capacity = waitingcapacity(lp.m, lp.n);
+    const int last_slot = std::max(lp.waiting.capacity, 1) - 1;
+    return lp.matrices.create([&lp, last_slot](auto& layout) {
+        layout(lp.tableau, lp.m + 1, lp.n);
+        layout(lp.waiting.rows, last_slot, lp.n);
+        layout(lp.waiting.columns, last_slot, lp.m + 1);
+    });
 }
 
 // False for a pair out of order, NaN included.
@@ -178,7 +182,10 @@ bool restore_or_save(LpEngine& lp, const SolveRun& run) noexcept
 {
     if ((run.flags & RUN_REPEATED) == 0 && lp.mode == MODE_LINEAR) return true;
     const bool is_first = !lp.savedtableau;
-    if (is_first && !lp.savedtableau.create(lp.m + 1, lp.n)) return false;
+    if (is_first && !lp.savedmatrix.create([&lp](auto& layout) {
+            layout(lp.savedtableau, lp.m + 1, lp.n);
+        }))
+        return false;
 
     const Vec<RowSense> to = is_first ? lp.savedsenses : lp.senses;
     const Vec<RowSense> from = is_first ? lp.senses : lp.savedsenses;

@@ -48,7 +48,7 @@ struct WaitingPivots {
     int count = 0;
     int capacity = 0;  // 0: every pivot is applied at once, and rows[0] and columns[0] are scratch
     Matrix rows;       // one for each, 0..n: the pivot row after its division
-    Matrix columns;    // one for each, 0..m: the pivot column before it
+    Matrix columns;    // one for each, 0..m+1: the pivot column before it
     Vec<std::int32_t> list;  // n, columns of the entries of a pivot row; scratch
 };
 
@@ -67,6 +67,8 @@ struct LpEngine {
     Vec<double> rhs;              // m+1, right-hand side of each row; scaled
     Vec<std::int32_t> colexp;     // n, binary scale exponents; null: all zero
     Vec<std::int32_t> rowexp;     // m+1, [0] and [m+1] are the objective's; null: all zero
+    Vec<double> colup, coldown;   // n, two to the power of the exponent and of its negative
+    Vec<double> rowup, rowdown;   // m+1, likewise
 
     // The point. Real units between solves, scaled during one.
     Vec<double> x;                // n; before a solve it decides the side of a boxed variable
@@ -97,6 +99,7 @@ struct LpEngine {
     Vec<double> basiclower;       // m
     Vec<double> basicupper;       // m
     Vec<double> column;           // m+1, the entering column, up to date
+    Vec<double> steps;            // m+1, how far it can move for each row; NaN: the row sets no limit
     WaitingPivots waiting;
 
     // Kept for repeated solves.
@@ -108,9 +111,12 @@ struct LpEngine {
     Vec<double> objup, objdown;   // n, room of each cost while the basis stays optimal
     Vec<double> pi;               // m+1, duals in the sense of the model
     Vec<double> rhsup, rhsdown;   // m+1, room of each right-hand side while it stays feasible
-    Vec<double> rise, fall;       // n, room of each nonbasic variable
+    Vec<double> rise, fall;       // n, room of each nonbasic variable; scratch during set-up
 
+    // The memory of all these.
     ArrayBlock arrays;
+    ArrayBlock matrices;
+    ArrayBlock savedmatrix;
 };
 
 // The engine's entries: see engine.h for what they promise.

@@ -84,10 +84,10 @@ void apply_waiting(LpEngine& lp) noexcept
 {
     constexpr int STRIP = 512;
     if (lp.waiting.count == 0) return;
-    const int stride = lp.tableau.stride();
-    for (int first = 0; first < stride; first += STRIP)
+    const int width = lp.tableau.width();
+    for (int first = 0; first < width; first += STRIP)
         for (int i = 1; i <= lp.m; ++i)
-            apply_to_row(lp, i, first, std::min(STRIP, stride - first));
+            apply_to_row(lp, i, first, std::min(STRIP, width - first));
     lp.waiting.count = 0;
 }
 
@@ -115,7 +115,7 @@ void fetchcolumn(LpEngine& lp, int c) noexcept
 
 void refreshrow(LpEngine& lp, int i) noexcept
 {
-    if (!apply_to_row(lp, i, 0, lp.tableau.stride())) return;
+    if (!apply_to_row(lp, i, 0, lp.tableau.width())) return;
     for (int p = 0; p < lp.waiting.count; ++p) lp.waiting.columns[p][i] = 0.0;
 }
 
@@ -135,8 +135,7 @@ double rest_at_leavebound(LpEngine& lp, int label, int c) noexcept
 void shift_values(LpEngine& lp, int last, double t) noexcept
 {
     if (is_negligible(t)) return;
-    for (int i = 0; i <= last; ++i)
-        if (!is_negligible(lp.column[i])) lp.basicvalue[i] += t * lp.column[i];
+    add_entries(lp.basicvalue.data(), t, lp.column.data(), last, NEGLIGIBLE);
 }
 
 double rest_value(const LpEngine& lp, int label, int c) noexcept
@@ -156,10 +155,8 @@ double put_to_rest(LpEngine& lp, int label, int c) noexcept
 // Row r over its pivot element, whose inverse takes its place.
 void divide_row(LpEngine& lp, int r, int c, double inverse) noexcept
 {
-    double* const row = lp.tableau[r];
-    for (int j = 1; j <= lp.n; ++j)
-        if (!is_negligible(row[j])) row[j] *= inverse;
-    row[c] = inverse;
+    multiply_entries(lp.tableau[r], inverse, lp.n, NEGLIGIBLE);
+    lp.tableau[r][c] = inverse;
     if (!is_negligible(lp.basicvalue[r])) lp.basicvalue[r] *= inverse;
 }
 
@@ -167,50 +164,23 @@ void divide_row(LpEngine& lp, int r, int c, double inverse) noexcept
 void update_values(LpEngine& lp, int last, int r) noexcept
 {
     const double value = lp.basicvalue[r];
-    if (is_negligible(value)) return;
-    for (int i = 0; i <= last; ++i)
-        if (i != r && !is_negligible(lp.column[i])) lp.basicvalue[i] -= value * lp.column[i];
+    shift_values(lp, last, -value);
+    lp.basicvalue[r] = value;
 }
 
-// Copies entries 1..count, the negligible ones as zero, and sees what they are.
-struct Entries {
-    int number = 0;
-    bool infinite = false;  // an infinity is among them
-};
-
-Entries copy_entries(double* __restrict target, const double* __restrict source,
-                     int count) noexcept
+// The rows first..last less the multiples of the pivot row p that `factors` gives, by the list of
+// its entries: for a row that is nearly empty, and where an infinity must not meet a zero.
+void subtract_listed(LpEngine& lp, const double* factors, int first, int last, const double* p,
+                     int entries, int c) noexcept
 {
-    double largest = 0.0;
-    int number = 0;
-    for (int k = 1; k <= count; ++k) {
-        const double value = is_negligible(source[k]) ? 0.0 : source[k];
-        target[k] = value;
-        number += value != 0.0 ? 1 : 0;
-        largest = std::fabs(value) > largest ? std::fabs(value) : largest;
-    }
-    return {number, std::isinf(largest)};
-}
-
-// How the multiple of a pivot row is taken from another row.
-enum class Update {
-    whole_row,  // the kernels: zeros take part
-    listed,     // the entries of the pivot row, by their list: for a row that is nearly empty
-};
-
-void update_row(LpEngine& lp, int i, int c, Update update, int entries) noexcept
-{
-    const double factor = lp.column[i];
-    if (is_negligible(factor)) return;
-    const double* const p = lp.waiting.rows[lp.waiting.count];
-    double* const row = lp.tableau[i];
-    row[c] = 0.0;
-    if (update == Update::whole_row) {
-        subtract_row(row, factor, p, lp.tableau.stride());
-        return;
-    }
     const std::int32_t* const list = lp.waiting.list.data();
-    for (int k = 0; k < entries; ++k) row[list[k]] -= p[list[k]] * factor;
+    for (int i = first; i <= last; ++i) {
+        const double factor = factors[i];
+        if (factor == 0.0) continue;
+        double* const row = lp.tableau[i];
+        row[c] = 0.0;
+        for (int k = 0; k < entries; ++k) row[list[k]] -= p[list[k]] * factor;
+    }
 }
 
 int list_entries(LpEngine& lp, const double* p) noexcept
@@ -223,53 +193,56 @@ int list_entries(LpEngine& lp, const double* p) noexcept
 
 // Lets the pivot wait for its pass over the rows 1..m. Column c is up to date, so that earlier
 // pivots have nothing to do there.
-void put_on_waiting_list(LpEngine& lp, int r, int c) noexcept
+void put_on_waiting_list(LpEngine& lp, const double* factors, int r, int c) noexcept
 {
     WaitingPivots& waiting = lp.waiting;
     for (int p = 0; p < waiting.count; ++p) waiting.rows[p][c] = 0.0;
-    double* const factors = waiting.columns[waiting.count];
-    factors[r] = 0.0;
     for (int i = 1; i <= lp.m; ++i)
         if (i != r) lp.tableau[i][c] = factors[i] != 0.0 ? 0.0 : lp.column[i];
     if (++waiting.count == waiting.capacity) apply_waiting(lp);
+}
+
+// A pivot row with so few entries that going through their list is less work than whole rows.
+bool is_sparse(const double* p, int n) noexcept
+{
+    constexpr int SHARE = 8;          // an entry by list costs this many times one of a whole row
+    constexpr int SHORTEST_ROW = 64;  // below it a list isn't worth making
+    return n >= SHORTEST_ROW && count_entries(p, n) * SHARE <= n;
 }
 
 // Takes the divided pivot row from the other rows: at once from the two that are priced, and from
 // the rest at once or later.
 void update_rows(LpEngine& lp, int last, int r, int c) noexcept
 {
-    constexpr int SPARSE = 8;         // an entry by list costs this many times one of a whole row
-    constexpr int SHORTEST_ROW = 64;  // below it a list isn't worth making
     WaitingPivots& waiting = lp.waiting;
-
     double* const p = waiting.rows[waiting.count];
-    const Entries row = copy_entries(p, lp.tableau[r], lp.n);
-    const Entries column =
-        copy_entries(waiting.columns[waiting.count], lp.column.data(), lp.m);
+    double* const factors = waiting.columns[waiting.count];
+    const double largest_entry = copy_entries(p, lp.tableau[r], lp.n, NEGLIGIBLE);
+    const double largest_factor = copy_entries(factors, lp.column.data(), lp.m + 1, NEGLIGIBLE);
+    factors[0] = is_negligible(lp.column[0]) ? 0.0 : lp.column[0];
+    factors[r] = 0.0;
     p[c] = lp.tableau[r][c];
 
-    // An infinite factor times a zero is no zero: then only the entries may be touched.
-    const bool infinite = row.infinite || column.infinite || std::isinf(lp.column[0]) ||
-                          std::isinf(lp.column[lp.m + 1]);
+    const bool infinite = std::isinf(largest_entry) || std::isinf(largest_factor + factors[0]);
     if (infinite && waiting.count > 0) {
         apply_waiting(lp);
         update_rows(lp, last, r, c);
         return;
     }
 
-    const bool sparse = lp.n >= SHORTEST_ROW && row.number * SPARSE <= lp.n;
-    const Update update = infinite || sparse ? Update::listed : Update::whole_row;
-    const int entries = update == Update::listed ? list_entries(lp, p) : 0;
-    update_row(lp, 0, c, update, entries);
-    if (last > lp.m) update_row(lp, last, c, update, entries);
-
-    const bool at_once = infinite || (sparse && waiting.count == 0);
-    if (waiting.capacity > 0 && !at_once) {
-        put_on_waiting_list(lp, r, c);
+    if (infinite || (waiting.count == 0 && is_sparse(p, lp.n))) {
+        subtract_listed(lp, factors, 0, last, p, list_entries(lp, p), c);
         return;
     }
-    for (int i = 1; i <= lp.m; ++i)
-        if (i != r) update_row(lp, i, c, update, entries);
+    double* const* const rows = lp.tableau.rows();
+    const int width = lp.tableau.width();
+    if (waiting.capacity == 0) {
+        subtract_outer(rows, factors, 0, last, p, width, c);
+        return;
+    }
+    subtract_outer(rows, factors, 0, 0, p, width, c);
+    if (last > lp.m) subtract_outer(rows, factors, last, last, p, width, c);
+    put_on_waiting_list(lp, factors, r, c);
 }
 
 }  // namespace

@@ -12,16 +12,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "linear/kernels.h"
 #include "linear/pivot.h"
 
 namespace tarnwick {
 
 namespace {
-
-struct Limit {
-    double step = INFINITE_BOUND;
-    int row = 0;
-};
 
 double normalised(const double* row, int j, double pivot) noexcept
 {
@@ -57,23 +53,32 @@ bool is_finite_limit(double bound) noexcept
     return bound > -INFINITE_BOUND && bound < INFINITE_BOUND;
 }
 
-// One pass over the rows in which the basic variables move towards `bounds`: with sign 1 the rows
-// with positive elements, with sign -1 those with negative ones.
-void pass(LpEngine& lp, int c, bool rises, double sign, Vec<const double> bounds,
-          std::int32_t leavebound, Limit& limit) noexcept
-{
-    for (int i = 1; i <= lp.m; ++i) {
-        const double a = lp.column[i];
-        if (!(sign * a > lp.pivottol) || !is_finite_limit(bounds[i])) continue;
+bool is_positive(const LpEngine& lp, int i) noexcept { return lp.column[i] > 0.0; }
 
-        const double step = std::fabs((lp.basicvalue[i] - bounds[i]) / a);
-        const bool is_shorter = limit.row == 0 ? step >= 0.0 : step < limit.step;
-        const bool wins_tie = !is_shorter && step == limit.step &&
-                              tiebreak(lp, limit.row, i, c, rises) == i;
-        if (!is_shorter && !wins_tie) continue;
-        limit = {step, i};
-        lp.leavebound = leavebound;
+// The rows with exactly the given step, each against the winner so far; those with positive elements
+// come first.
+int settle_ties(LpEngine& lp, double step, int c, bool rises) noexcept
+{
+    int winner = 0;
+    for (const bool positive : {true, false}) {
+        for (int i = 1; i <= lp.m; ++i) {
+            if (lp.steps[i] != step || is_positive(lp, i) != positive) continue;
+            winner = winner == 0 ? i : tiebreak(lp, winner, i, c, rises);
+        }
     }
+    return winner;
+}
+
+// The row that leaves, or 0.
+int shortest_step(LpEngine& lp, double step, int c, bool rises) noexcept
+{
+    int row = 0;
+    for (int i = 1; i <= lp.m; ++i) {
+        if (lp.steps[i] != step) continue;
+        if (row != 0) return settle_ties(lp, step, c, rises);
+        row = i;
+    }
+    return row;
 }
 
 bool a_basic_sits_at_a_bound(const LpEngine& lp) noexcept
@@ -100,21 +105,20 @@ bool flips(const LpEngine& lp, int label, double step) noexcept
 StepChoice ratiotest(LpEngine& lp, int c, int s) noexcept
 {
     const bool rises = lp.column[s] > 0.0;
-    Limit limit;
-    if (rises) {
-        pass(lp, c, rises, 1.0, lp.basiclower, AT_LOWER, limit);
-        pass(lp, c, rises, -1.0, lp.basicupper, AT_UPPER, limit);
-    } else {
-        pass(lp, c, rises, 1.0, lp.basicupper, AT_UPPER, limit);
-        pass(lp, c, rises, -1.0, lp.basiclower, AT_LOWER, limit);
-    }
+    const Vec<double> positive = rises ? lp.basiclower : lp.basicupper;
+    const Vec<double> negative = rises ? lp.basicupper : lp.basiclower;
+    const double step =
+        ratio_steps(lp.steps.data(), lp.column.data(), lp.basicvalue.data(), positive.data(),
+                    negative.data(), lp.m, lp.pivottol, INFINITE_BOUND);
+    const int row = shortest_step(lp, step, c, rises);
 
-    if (flips(lp, lp.collabel[c], limit.step)) {
+    if (flips(lp, lp.collabel[c], row != 0 ? step : INFINITE_BOUND)) {
         lp.leavebound = lp.colstate[c] == AT_LOWER ? AT_UPPER : AT_LOWER;
         return {Step::flip, 0};
     }
-    if (limit.row == 0) return {};
-    return {Step::pivot, limit.row};
+    if (row == 0) return {};
+    lp.leavebound = is_positive(lp, row) == rises ? AT_LOWER : AT_UPPER;
+    return {Step::pivot, row};
 }
 
 }  // namespace tarnwick

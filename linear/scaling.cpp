@@ -15,8 +15,10 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 
 #include "control/services.h"
+#include "linear/kernels.h"
 
 namespace tarnwick {
 
@@ -34,22 +36,18 @@ int exponent_field(double value) noexcept
     return static_cast<int>(std::bit_cast<std::uint64_t>(value) >> FRACTION_BITS) & EXPONENT_MASK;
 }
 
-bool counts(double entry) noexcept { return std::fabs(entry) > SMALLEST_ENTRY; }
-
 bool is_infinite(double value) noexcept { return std::fabs(value) >= INFINITE_BOUND; }
 
-// The smallest interval of exponents seen so far. Empty, its middle is 0.
-struct ExponentRange {
-    int lowest = EXPONENT_BIAS;
-    int highest = -EXPONENT_BIAS;
+// The middle of a range of exponents, towards zero. The exponent grows with the magnitude, so the
+// smallest and the largest magnitude give the range; without any entry it is 0.
+int middle_exponent(const Magnitudes& range) noexcept
+{
+    if (!(range.largest > 0.0)) return 0;
+    return (exponentof(range.largest) + exponentof(range.smallest)) / 2;
+}
 
-    void add(int exponent) noexcept
-    {
-        highest = std::max(highest, exponent);
-        lowest = std::min(lowest, exponent);
-    }
-    int middle() const noexcept { return (highest + lowest) / 2; }
-};
+// The exact power of two; the exponents of rows and columns stay within those of the numbers.
+double power_of_two(int exponent) noexcept { return shiftexponent(1.0, exponent); }
 
 bool all_zero(Vec<const std::int32_t> exponents) noexcept
 {
@@ -79,46 +77,43 @@ double shiftexponent(double value, int power) noexcept
 
 namespace {
 
-void centre_rows(LpEngine& lp) noexcept
+// One walk over the tableau centres the rows and gathers what they leave of the columns; the ranges
+// of the columns stand in two arrays that are idle during set-up.
+void centre_rows_and_columns(LpEngine& lp) noexcept
 {
-    for (int i = 1; i <= lp.m; ++i) {
-        const double* const row = lp.tableau[i];
-        ExponentRange range;
-        for (int j = 1; j <= lp.n; ++j)
-            if (counts(row[j])) range.add(exponentof(row[j]));
-        lp.rowexp[i] = range.middle();
-    }
-}
-
-// Walks the tableau by rows, which is how it lies in memory; the ranges of the columns are kept in
-// two arrays that are idle during set-up.
-void centre_columns(LpEngine& lp) noexcept
-{
-    const Vec<std::int32_t> highest = lp.collabel;
-    const Vec<std::int32_t> lowest = lp.colstate;
-    const ExponentRange empty;
-    std::fill_n(highest.first(), lp.n, empty.highest);
-    std::fill_n(lowest.first(), lp.n, empty.lowest);
+    const Vec<double> smallest = lp.rise, largest = lp.fall;
+    std::fill_n(smallest.first(), lp.n, std::numeric_limits<double>::infinity());
+    std::fill_n(largest.first(), lp.n, 0.0);
 
     for (int i = 1; i <= lp.m; ++i) {
         const double* const row = lp.tableau[i];
-        for (int j = 1; j <= lp.n; ++j) {
-            if (!counts(row[j])) continue;
-            const int exponent = exponentof(row[j]) - lp.rowexp[i];
-            highest[j] = std::max(highest[j], exponent);
-            lowest[j] = std::min(lowest[j], exponent);
-        }
+        const int middle = middle_exponent(magnitudes(row, lp.n, SMALLEST_ENTRY));
+        lp.rowexp[i] = middle;
+        widen_ranges(smallest.data(), largest.data(), row, power_of_two(-middle), lp.n,
+                     SMALLEST_ENTRY);
     }
-    for (int j = 1; j <= lp.n; ++j) lp.colexp[j] = -((highest[j] + lowest[j]) / 2);
+    for (int j = 1; j <= lp.n; ++j) lp.colexp[j] = -middle_exponent({smallest[j], largest[j]});
 }
 
 void centre_objective(LpEngine& lp) noexcept
 {
     const double* const costs = lp.tableau[0];
-    ExponentRange range;
-    for (int j = 1; j <= lp.n; ++j)
-        if (counts(costs[j])) range.add(exponentof(costs[j]) + lp.colexp[j]);
-    lp.rowexp[lp.m + 1] = range.middle();
+    int lowest = EXPONENT_BIAS, highest = -EXPONENT_BIAS;
+    for (int j = 1; j <= lp.n; ++j) {
+        if (!(std::fabs(costs[j]) > SMALLEST_ENTRY)) continue;
+        const int exponent = exponentof(costs[j]) + lp.colexp[j];
+        highest = std::max(highest, exponent);
+        lowest = std::min(lowest, exponent);
+    }
+    lp.rowexp[lp.m + 1] = (highest + lowest) / 2;
+}
+
+void list_factors(Vec<const std::int32_t> exponents, Vec<double> up, Vec<double> down) noexcept
+{
+    for (int k = 0; k <= exponents.size(); ++k) {
+        up[k] = power_of_two(exponents[k]);
+        down[k] = power_of_two(-exponents[k]);
+    }
 }
 
 }  // namespace
@@ -127,28 +122,43 @@ void computescales(LpEngine& lp) noexcept
 {
     const bool scaling_is_on = (getintinfo(lp.control, INFO_SCALING) & 0xFFFF) != 0;
     if (scaling_is_on) {
-        centre_rows(lp);
-        centre_columns(lp);
+        centre_rows_and_columns(lp);
         centre_objective(lp);
         lp.colexp[0] = 0;
         lp.rowexp[0] = lp.rowexp[lp.m + 1];
     }
+    list_factors(lp.colexp, lp.colup, lp.coldown);
+    list_factors(lp.rowexp, lp.rowup, lp.rowdown);
     if (!scaling_is_on || all_zero(lp.rowexp)) lp.rowexp = {};
     if (!scaling_is_on || all_zero(lp.colexp)) lp.colexp = {};
 }
 
 // ---- the tableau
 
+namespace {
+
+// The costs alone may lie so far apart that no factor serves: they are shifted one by one.
+void scale_costs(LpEngine& lp) noexcept
+{
+    double* const costs = lp.tableau[0];
+    const int down = lp.rowexp ? lp.rowexp[0] : 0;
+    for (int j = 0; j <= lp.n; ++j) {
+        if (std::fabs(costs[j]) < SMALLEST_ENTRY) costs[j] = 0.0;
+        const int up = lp.colexp ? lp.colexp[j] : 0;
+        costs[j] = shiftexponent(costs[j], up - down);
+    }
+}
+
+}  // namespace
+
 void scaletableau(LpEngine& lp) noexcept
 {
-    for (int i = 0; i <= lp.m; ++i) {
+    scale_costs(lp);
+    for (int i = 1; i <= lp.m; ++i) {
         double* const row = lp.tableau[i];
-        const int down = lp.rowexp ? lp.rowexp[i] : 0;
-        for (int j = 0; j <= lp.n; ++j) {
-            if (std::fabs(row[j]) < SMALLEST_ENTRY) row[j] = 0.0;
-            const int up = lp.colexp ? lp.colexp[j] : 0;
-            row[j] = shiftexponent(row[j], up - down);
-        }
+        if (std::fabs(row[0]) < SMALLEST_ENTRY) row[0] = 0.0;
+        row[0] *= lp.rowdown[i];
+        scale_entries(row, lp.rowdown[i], lp.colup.data(), lp.n, SMALLEST_ENTRY);
     }
 }
 
@@ -156,54 +166,57 @@ void scaletableau(LpEngine& lp) noexcept
 
 namespace {
 
-// values[k] * 2^(sign * exponents[k]) for k = 1..count, infinite values apart.
-void shift_all(Vec<double> values, Vec<const std::int32_t> exponents, int count, int sign) noexcept
+// values[k] *= factors[k] for k = 1..count, infinite values apart.
+void multiply(Vec<double> values, Vec<const double> factors, int count) noexcept
 {
-    if (!exponents) return;
+    double* __restrict const value = values.data();
+    const double* __restrict const factor = factors.data();
     for (int k = 1; k <= count; ++k)
-        if (!is_infinite(values[k])) values[k] = shiftexponent(values[k], sign * exponents[k]);
+        value[k] = is_infinite(value[k]) ? value[k] : value[k] * factor[k];
 }
 
 int objective_exponent(const LpEngine& lp) noexcept { return lp.rowexp ? lp.rowexp[lp.m + 1] : 0; }
 
-void shift_gradient(const LpEngine& lp, Vec<double> values, int sign) noexcept
+// values[j] * 2^shift for j = 0..n, infinite values apart.
+void shift_all(const LpEngine& lp, Vec<double> values, int shift) noexcept
 {
-    const int objective = objective_exponent(lp);
+    if (shift == 0) return;
     for (int j = 0; j <= lp.n; ++j)
-        if (!is_infinite(values[j])) values[j] = shiftexponent(values[j], -sign * objective);
-    shift_all(values, lp.colexp, lp.n, sign);
+        if (!is_infinite(values[j])) values[j] = shiftexponent(values[j], shift);
 }
 
 }  // namespace
 
 void scalecolumns(const LpEngine& lp, Vec<double> values) noexcept
 {
-    shift_all(values, lp.colexp, lp.n, -1);
+    if (lp.colexp) multiply(values, lp.coldown, lp.n);
 }
 
 void unscalecolumns(const LpEngine& lp, Vec<double> values) noexcept
 {
-    shift_all(values, lp.colexp, lp.n, 1);
+    if (lp.colexp) multiply(values, lp.colup, lp.n);
 }
 
 void scalerowvalues(const LpEngine& lp, Vec<double> values) noexcept
 {
-    shift_all(values, lp.rowexp, lp.m + 1, -1);
+    if (lp.rowexp) multiply(values, lp.rowdown, lp.m + 1);
 }
 
 void unscalerowvalues(const LpEngine& lp, Vec<double> values) noexcept
 {
-    shift_all(values, lp.rowexp, lp.m + 1, 1);
+    if (lp.rowexp) multiply(values, lp.rowup, lp.m + 1);
 }
 
 void scalegradient(const LpEngine& lp, Vec<double> values) noexcept
 {
-    shift_gradient(lp, values, 1);
+    shift_all(lp, values, -objective_exponent(lp));
+    unscalecolumns(lp, values);
 }
 
 void unscalegradient(const LpEngine& lp, Vec<double> values) noexcept
 {
-    shift_gradient(lp, values, -1);
+    shift_all(lp, values, objective_exponent(lp));
+    scalecolumns(lp, values);
 }
 
 void unscaleduals(const LpEngine& lp, Vec<double> values) noexcept

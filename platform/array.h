@@ -70,11 +70,45 @@ class Array {
     T* cells_ = nullptr;
 };
 
-// Owner of one block that holds many arrays, so that a record with a score of them costs a single
-// allocation. The record lists its arrays once, in a function that is run twice: first to add up
-// the sizes, then to hand out the places.
+// A view of the rows 0..m of a matrix, each of the columns 0..n. Every row starts on a boundary of
+// 64 bytes and is reached through a row pointer. The cells between column n and the end of a row's
+// last cache line belong to the row and are zero at the start: kernels may run over whole lines.
+class Matrix {
+  public:
+    Matrix() noexcept = default;
+    Matrix(double** rows, int m, int n) noexcept : rows_(rows), m_(m), width_(width_of(n)) {}
+
+    double* operator[](int i) const noexcept
+    {
+        assert(0 <= i && i <= m_);
+        return rows_[i];
+    }
+    double* const* rows() const noexcept { return rows_; }
+    int width() const noexcept { return width_; }  // cells of a row, whole cache lines
+    explicit operator bool() const noexcept { return rows_ != nullptr; }
+
+    static constexpr int LINE = 8;  // cells of a cache line
+    static int width_of(int n) noexcept { return (n + LINE) / LINE * LINE; }
+    // Cells from one row to the next. A long row takes an odd number of lines, so that the cells of
+    // a column spread over all sets of a cache.
+    static int stride_of(int n) noexcept
+    {
+        constexpr int LONG = 16 * LINE;
+        const int width = width_of(n);
+        return width >= LONG && width / LINE % 2 == 0 ? width + LINE : width;
+    }
+
+  private:
+    double** rows_ = nullptr;
+    int m_ = 0;
+    int width_ = 0;
+};
+
+// Owner of one block that holds many arrays and matrices, so that a record with a score of them
+// costs a single allocation. The record lists them once, in a function that is run twice: first to
+// add up the sizes, then to hand out the places.
 //
-//     block.create([&](auto& layout) { layout(x, n); layout(basis, m); })
+//     block.create([&](auto& layout) { layout(x, n); layout(basis, m); layout(tableau, m, n); })
 //
 // gives x the elements 0..n and basis the elements 0..m, all zero.
 class ArrayBlock {
@@ -86,82 +120,53 @@ class ArrayBlock {
         template <class T>
         void operator()(Vec<T>& array, int n) noexcept
         {
-            static_assert(std::is_trivial_v<T> && alignof(T) <= ALIGNMENT);
-            if (base_) array = {reinterpret_cast<T*>(base_ + used_), n};
-            const std::size_t bytes = (static_cast<std::size_t>(n) + 1) * sizeof(T);
-            used_ += (bytes + ALIGNMENT - 1) / ALIGNMENT * ALIGNMENT;
+            T* const cells = take<T>(static_cast<std::size_t>(n) + 1);
+            if (cells) array = {cells, n};
         }
+
+        void operator()(Matrix& matrix, int m, int n) noexcept
+        {
+            const auto count = static_cast<std::size_t>(m) + 1;
+            const auto stride = static_cast<std::size_t>(Matrix::stride_of(n));
+            double** const rows = take<double*>(count);
+            double* const cells = take<double>(count * stride);
+            if (!rows) return;
+            for (std::size_t i = 0; i < count; ++i) rows[i] = cells + i * stride;
+            matrix = {rows, m, n};
+        }
+
         std::size_t bytes() const noexcept { return used_; }
 
       private:
-        static constexpr std::size_t ALIGNMENT = 16;
+        template <class T>
+        T* take(std::size_t count) noexcept
+        {
+            static_assert(std::is_trivial_v<T> && alignof(T) <= LINE_BYTES);
+            T* const place = base_ ? reinterpret_cast<T*>(base_ + used_) : nullptr;
+            used_ += (count * sizeof(T) + LINE_BYTES - 1) / LINE_BYTES * LINE_BYTES;
+            return place;
+        }
+
         std::byte* base_;
         std::size_t used_ = 0;
     };
 
+    // False: no memory, and the block keeps what it had.
     template <class List>
     [[nodiscard]] bool create(const List& list) noexcept
     {
         Layout sizes(nullptr);
         list(sizes);
-        if (!block_.create(sizes.bytes())) return false;
-        Layout places(block_.data());
+        if (!block_.create(sizes.bytes() + LINE_BYTES)) return false;
+        const auto misfit = reinterpret_cast<std::uintptr_t>(block_.data()) % LINE_BYTES;
+        Layout places(block_.data() + (misfit ? LINE_BYTES - misfit : 0));
         list(places);
         return true;
     }
 
   private:
-    Array<std::byte> block_;
-};
-
-// Owner of the rows 0..m, each of the columns 0..n, all zero. The rows lie in one block, each on a
-// boundary of 64 bytes, and are reached through row pointers. The cells between column n and the
-// end of a row belong to the row: kernels may run over whole cache lines.
-class Matrix {
-  public:
-    // Replaces the content. False: no memory, and the matrix keeps what it had.
-    [[nodiscard]] bool create(int m, int n) noexcept
-    {
-        const std::size_t rows = static_cast<std::size_t>(m) + 1;
-        const std::size_t stride = row_stride(n);
-        Array<double*> pointers;
-        Array<double> cells;
-        if (!pointers.create(rows) || !cells.create(rows * stride + LINE)) return false;
-
-        const auto misfit = reinterpret_cast<std::uintptr_t>(cells.data()) % LINE_BYTES;
-        double* row = cells.data() + (misfit ? (LINE_BYTES - misfit) / sizeof(double) : 0);
-        for (std::size_t i = 0; i < rows; ++i, row += stride) pointers[i] = row;
-
-        rows_ = std::move(pointers);
-        cells_ = std::move(cells);
-        m_ = m;
-        stride_ = static_cast<int>(stride);
-        return true;
-    }
-
-    double* operator[](int i) const noexcept
-    {
-        assert(0 <= i && i <= m_);
-        return rows_[static_cast<std::size_t>(i)];
-    }
-    int stride() const noexcept { return stride_; }  // cells from one row to the next
-    explicit operator bool() const noexcept { return static_cast<bool>(rows_); }
-
-  private:
     static constexpr std::size_t LINE_BYTES = 64;
-    static constexpr std::size_t LINE = LINE_BYTES / sizeof(double);
-
-    // Whole lines; an odd number of them, so that a column's cells spread over all cache sets.
-    static std::size_t row_stride(int n) noexcept
-    {
-        const std::size_t lines = (static_cast<std::size_t>(n) + LINE) / LINE;
-        return (lines | 1) * LINE;
-    }
-
-    Array<double*> rows_;
-    Array<double> cells_;
-    int m_ = 0;
-    int stride_ = 0;
+    Array<std::byte> block_;
 };
 
 }  // namespace tarnwick
