@@ -243,6 +243,23 @@ std::int32_t walkmatrix(SolveControl* control, void* user, Visit visit, void* da
     return walk_elastic_rows(*control, visitor) && walk_elastic_objective(*control, visitor);
 }
 
+bool copymatrix(const SolveControl& control, double* const* rows) noexcept
+{
+    constexpr int LINE = 8;  // so many rows at a time, that reading and writing both go by lines
+    const Problem& problem = *control.problem;
+    if (is_sparse(problem) || control.elasticmode != 0) return false;
+
+    const int m = problem.numrows, n = problem.numcols;
+    for (int first = 0; first < m; first += LINE) {
+        const double* from = problem.matval + first;
+        const int count = std::min(LINE, m - first);
+        for (int j = 0; j < n; ++j, from += m)
+            for (int i = 0; i < count; ++i) rows[first + i + 1][j + 1] = from[i];
+    }
+    std::copy_n(problem.obj, n, rows[m + 1] + 1);
+    return true;
+}
+
 std::int32_t walkquad(SolveControl* control, void* user, Visit visit, void* data) noexcept
 {
     constexpr std::int32_t LINEAR_TERM = -1;

@@ -118,6 +118,9 @@ std::int32_t evalcol(SolveControl* control, double* lhs, std::int32_t var, doubl
 
 // Visit every entry of the matrix, then of the objective (row numrows). 0: a visit said stop.
 std::int32_t walkmatrix(SolveControl* control, void* user, Visit visit, void* data) noexcept;
+// The same for a matrix held dense, without a call for each entry: rows[i + 1][j + 1] is entry (i, j),
+// and row numrows + 1 holds the objective. False, and nothing done, for any other model.
+bool copymatrix(const SolveControl& control, double* const* rows) noexcept;
 // Visit every entry of Q, then the linear objective with row -1.
 std::int32_t walkquad(SolveControl* control, void* user, Visit visit, void* data) noexcept;
 

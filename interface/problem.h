@@ -117,6 +117,11 @@ bool is_too_large(const Problem& problem) noexcept;
 // True if a variable is integer and integer restrictions are not ignored.
 bool is_mip(const Problem& problem) noexcept;
 
+// True if the Q of the Problem, with the sign of the sense folded in, is positive semi-definite:
+// the objective then is convex in the direction of the search. A NaN in Q and a lack of memory fail
+// the test.
+bool is_semidefinite(const Problem& problem) noexcept;
+
 // An error report: shows the message box when PARAM_MESSAGES is on, and hands back the code.
 std::int32_t report(std::int32_t code, const char* title, const char* text) noexcept;
 

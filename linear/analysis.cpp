@@ -146,12 +146,12 @@ void analyse_rows(LpEngine& lp) noexcept
 
 // ---- storing
 
+// The rows stay in real units: nothing here reads them.
 void scale_point(LpEngine& lp) noexcept
 {
     scalecolumns(lp, lp.x);
     scalecolumns(lp, lp.lower);
     scalecolumns(lp, lp.upper);
-    scalerowvalues(lp, lp.rowvalue);
 }
 
 void unscale_solution(LpEngine& lp) noexcept
@@ -161,7 +161,6 @@ void unscale_solution(LpEngine& lp) noexcept
     unscalecolumns(lp, lp.upper);
     unscalegradient(lp, lp.dj);
     unscalerowvalues(lp, lp.rowlower);
-    unscalerowvalues(lp, lp.rowvalue);
     unscalerowvalues(lp, lp.rowupper);
     unscaleduals(lp, lp.pi);
 }

@@ -252,4 +252,35 @@ void multiply_entries(double* values, double factor, int count, double floor) no
     }
 }
 
+#if defined(TARNWICK_CLONES)
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
+#endif
+int find_value(const double* values, double value, int first, int last) noexcept
+{
+    int i = first;
+    for (; i + LINE <= last + 1; i += LINE) {
+        bool found = false;
+        for (int k = 0; k < LINE; ++k) found |= values[i + k] == value;
+        if (found) break;
+    }
+    for (; i <= last; ++i)
+        if (values[i] == value) return i;
+    return 0;
+}
+
+#if defined(TARNWICK_CLONES)
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
+#endif
+void scale_values(double* __restrict values, double factor, const double* __restrict factors,
+                  int count, double infinite) noexcept
+{
+    for (int line = 0; line < count; line += LINE) {
+        for (int k = line; k < line + LINE; ++k) {
+            const double value = values[k];
+            const double once = std::fabs(value) >= infinite ? value : value * factor;
+            values[k] = std::fabs(once) >= infinite ? once : once * factors[k];
+        }
+    }
+}
+
 }  // namespace tarnwick

@@ -35,6 +35,11 @@ Magnitudes magnitudes(const double* values, int count, double floor) noexcept;
 void widen_ranges(double* smallest, double* largest, const double* values, double factor,
                   int count, double floor) noexcept;
 
+// values[k] *= factor, then *= factors[k], for k = 0..count - 1; magnitudes of `infinite` and more
+// stay as they are. count is a multiple of 8, and the arrays go on to it.
+void scale_values(double* values, double factor, const double* factors, int count,
+                  double infinite) noexcept;
+
 // values[j] = values[j] * factor * factors[j] for j = 1..count, magnitudes below `floor` as zero.
 void scale_entries(double* values, double factor, const double* factors, int count,
                    double floor) noexcept;
@@ -45,6 +50,9 @@ void scale_entries(double* values, double factor, const double* factors, int cou
 // step, or infinity.
 double ratio_steps(double* steps, const double* column, const double* value, const double* positive,
                    const double* negative, int m, double tol, double infinite) noexcept;
+
+// The first of the elements first..last that equals `value`, or 0.
+int find_value(const double* values, double value, int first, int last) noexcept;
 
 // The smallest |costs[j] / a| over the columns j = 1..n with a = row[j] * sign[j] above `floor`, and
 // over those with a below -floor; `limit` where there is none.

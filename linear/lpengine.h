@@ -65,8 +65,9 @@ struct LpEngine {
     Vec<double> rowlower;         // m+1
     Vec<double> rowupper;         // m+1
     Vec<double> rhs;              // m+1, right-hand side of each row; scaled
-    Vec<std::int32_t> colexp;     // n, binary scale exponents; null: all zero
-    Vec<std::int32_t> rowexp;     // m+1, [0] and [m+1] are the objective's; null: all zero
+    bool colscaled, rowscaled;    // some exponent is not zero
+    Vec<std::int32_t> colexp;     // n, binary scale exponents
+    Vec<std::int32_t> rowexp;     // m+1, [0] and [m+1] are the objective's
     Vec<double> colup, coldown;   // n, two to the power of the exponent and of its negative
     Vec<double> rowup, rowdown;   // m+1, likewise
 

@@ -144,9 +144,11 @@ bool walk_into_tableau(LpEngine& lp) noexcept
     if (!evalrows(lp, lp.rowvalue, lp.x)) return false;
     for (int i = 1; i <= lp.m + 1; ++i) lp.tableau[i][0] = lp.rowvalue[i];
 
-    if (!walkmatrix(lp.control, &lp, visitmatrix, &lp.tableau)) return false;
+    if (!copymatrix(*lp.control, lp.tableau.rows()) &&
+        !walkmatrix(lp.control, &lp, visitmatrix, &lp.tableau))
+        return false;
     std::copy_n(lp.tableau[lp.m + 1], lp.n + 1, lp.tableau[0]);
-    return evalrows(lp, lp.rowbase, lp.start);
+    return true;
 }
 
 }  // namespace

@@ -55,14 +55,20 @@ bool is_finite_limit(double bound) noexcept
 
 bool is_positive(const LpEngine& lp, int i) noexcept { return lp.column[i] > 0.0; }
 
-// The rows with exactly the given step, each against the winner so far; those with positive elements
+// The next row after i with exactly the given step, or 0.
+int next_with(const LpEngine& lp, double step, int i) noexcept
+{
+    return find_value(lp.steps.data(), step, i + 1, lp.m);
+}
+
+// The rows with the shortest step, each against the winner so far; those with positive elements
 // come first.
 int settle_ties(LpEngine& lp, double step, int c, bool rises) noexcept
 {
     int winner = 0;
     for (const bool positive : {true, false}) {
-        for (int i = 1; i <= lp.m; ++i) {
-            if (lp.steps[i] != step || is_positive(lp, i) != positive) continue;
+        for (int i = next_with(lp, step, 0); i != 0; i = next_with(lp, step, i)) {
+            if (is_positive(lp, i) != positive) continue;
             winner = winner == 0 ? i : tiebreak(lp, winner, i, c, rises);
         }
     }
@@ -72,13 +78,9 @@ int settle_ties(LpEngine& lp, double step, int c, bool rises) noexcept
 // The row that leaves, or 0.
 int shortest_step(LpEngine& lp, double step, int c, bool rises) noexcept
 {
-    int row = 0;
-    for (int i = 1; i <= lp.m; ++i) {
-        if (lp.steps[i] != step) continue;
-        if (row != 0) return settle_ties(lp, step, c, rises);
-        row = i;
-    }
-    return row;
+    const int row = next_with(lp, step, 0);
+    if (row == 0 || next_with(lp, step, row) == 0) return row;
+    return settle_ties(lp, step, c, rises);
 }
 
 bool a_basic_sits_at_a_bound(const LpEngine& lp) noexcept

@@ -36,8 +36,6 @@ int exponent_field(double value) noexcept
     return static_cast<int>(std::bit_cast<std::uint64_t>(value) >> FRACTION_BITS) & EXPONENT_MASK;
 }
 
-bool is_infinite(double value) noexcept { return std::fabs(value) >= INFINITE_BOUND; }
-
 // The middle of a range of exponents, towards zero. The exponent grows with the magnitude, so the
 // smallest and the largest magnitude give the range; without any entry it is 0.
 int middle_exponent(const Magnitudes& range) noexcept
@@ -129,8 +127,8 @@ void computescales(LpEngine& lp) noexcept
     }
     list_factors(lp.colexp, lp.colup, lp.coldown);
     list_factors(lp.rowexp, lp.rowup, lp.rowdown);
-    if (!scaling_is_on || all_zero(lp.rowexp)) lp.rowexp = {};
-    if (!scaling_is_on || all_zero(lp.colexp)) lp.colexp = {};
+    lp.rowscaled = !all_zero(lp.rowexp);
+    lp.colscaled = !all_zero(lp.colexp);
 }
 
 // ---- the tableau
@@ -141,11 +139,9 @@ namespace {
 void scale_costs(LpEngine& lp) noexcept
 {
     double* const costs = lp.tableau[0];
-    const int down = lp.rowexp ? lp.rowexp[0] : 0;
     for (int j = 0; j <= lp.n; ++j) {
         if (std::fabs(costs[j]) < SMALLEST_ENTRY) costs[j] = 0.0;
-        const int up = lp.colexp ? lp.colexp[j] : 0;
-        costs[j] = shiftexponent(costs[j], up - down);
+        costs[j] = shiftexponent(costs[j], lp.colexp[j] - lp.rowexp[0]);
     }
 }
 
@@ -166,76 +162,59 @@ void scaletableau(LpEngine& lp) noexcept
 
 namespace {
 
-// values[k] *= factors[k] for k = 1..count, infinite values apart.
-void multiply(Vec<double> values, Vec<const double> factors, int count) noexcept
+// values *= common, then *= factors, element by element; infinite values stay. Whole cache lines,
+// which an array block gives to every array.
+void multiply(Vec<double> values, double common, Vec<const double> factors) noexcept
 {
-    double* __restrict const value = values.data();
-    const double* __restrict const factor = factors.data();
-    for (int k = 1; k <= count; ++k)
-        value[k] = is_infinite(value[k]) ? value[k] : value[k] * factor[k];
-}
-
-int objective_exponent(const LpEngine& lp) noexcept { return lp.rowexp ? lp.rowexp[lp.m + 1] : 0; }
-
-// values[j] * 2^shift for j = 0..n, infinite values apart.
-void shift_all(const LpEngine& lp, Vec<double> values, int shift) noexcept
-{
-    if (shift == 0) return;
-    for (int j = 0; j <= lp.n; ++j)
-        if (!is_infinite(values[j])) values[j] = shiftexponent(values[j], shift);
+    scale_values(values.data(), common, factors.data(), Matrix::width_of(values.size()),
+                 INFINITE_BOUND);
 }
 
 }  // namespace
 
 void scalecolumns(const LpEngine& lp, Vec<double> values) noexcept
 {
-    if (lp.colexp) multiply(values, lp.coldown, lp.n);
+    if (lp.colscaled) multiply(values, 1.0, lp.coldown);
 }
 
 void unscalecolumns(const LpEngine& lp, Vec<double> values) noexcept
 {
-    if (lp.colexp) multiply(values, lp.colup, lp.n);
+    if (lp.colscaled) multiply(values, 1.0, lp.colup);
 }
 
 void scalerowvalues(const LpEngine& lp, Vec<double> values) noexcept
 {
-    if (lp.rowexp) multiply(values, lp.rowdown, lp.m + 1);
+    if (lp.rowscaled) multiply(values, 1.0, lp.rowdown);
 }
 
 void unscalerowvalues(const LpEngine& lp, Vec<double> values) noexcept
 {
-    if (lp.rowexp) multiply(values, lp.rowup, lp.m + 1);
+    if (lp.rowscaled) multiply(values, 1.0, lp.rowup);
 }
 
 void scalegradient(const LpEngine& lp, Vec<double> values) noexcept
 {
-    shift_all(lp, values, -objective_exponent(lp));
-    unscalecolumns(lp, values);
+    if (lp.rowscaled || lp.colscaled) multiply(values, lp.rowdown[0], lp.colup);
 }
 
 void unscalegradient(const LpEngine& lp, Vec<double> values) noexcept
 {
-    shift_all(lp, values, objective_exponent(lp));
-    scalecolumns(lp, values);
+    if (lp.rowscaled || lp.colscaled) multiply(values, lp.rowup[0], lp.coldown);
 }
 
 void unscaleduals(const LpEngine& lp, Vec<double> values) noexcept
 {
-    if (!lp.rowexp) return;
-    const int objective = objective_exponent(lp);
-    for (int i = 1; i <= lp.m; ++i)
-        if (!is_infinite(values[i]))
-            values[i] = shiftexponent(values[i], objective - lp.rowexp[i]);
+    if (lp.rowscaled) multiply(values, lp.rowup[0], lp.rowdown);
 }
 
 double scaleobjective(const LpEngine& lp, double value) noexcept
 {
-    return shiftexponent(value, -objective_exponent(lp));
+    return shiftexponent(value, -lp.rowexp[0]);
 }
 
 double unscaleobjective(const LpEngine& lp, double value) noexcept
 {
-    return shiftexponent(value, objective_exponent(lp));
+    return shiftexponent(value, lp.rowexp[0]);
 }
 
 }  // namespace tarnwick

@@ -10,8 +10,9 @@ void computescales(LpEngine& lp) noexcept;
 // Brings the tableau, rows 0..m, to scaled units, and clears what is too small to be an entry.
 void scaletableau(LpEngine& lp) noexcept;
 
-// Between real and scaled units, in place. Infinite values stay as they are. columns: entries 1..n;
-// row values: 1..m+1; gradients: 0..n, with the objective in 0; duals: 1..m.
+// Between real and scaled units, in place. Infinite values stay as they are. Columns count 1..n; row
+// values 1..m+1 with the objective in m+1; gradients 0..n with the objective in 0; duals 1..m. The
+// idle elements of an array may change.
 void scalecolumns(const LpEngine& lp, Vec<double> values) noexcept;
 void unscalecolumns(const LpEngine& lp, Vec<double> values) noexcept;
 void scalerowvalues(const LpEngine& lp, Vec<double> values) noexcept;
