@@ -72,18 +72,18 @@ static_assert(rows_are_codes());
 
 }  // namespace
 
-std::int32_t external_status(const Problem& problem, std::int32_t result) noexcept
+std::int32_t external_status(const Problem& problem, std::int32_t result, bool is_mip) noexcept
 {
     if (result < 0 || result >= static_cast<std::int32_t>(std::size(STATUS_TABLE)))
         return STAT_UNKNOWN;
 
     const SolveControl& control = problem.control;
-    const bool mip = is_mip(problem);
-    if (result == ENGINE_OPTIMAL && !mip && control.qstate == Q_INDEFINITE) return STAT_CONVERGED;
+    if (result == ENGINE_OPTIMAL && !is_mip && control.qstate == Q_INDEFINITE)
+        return STAT_CONVERGED;
     if (result == ENGINE_GAPREACHED && control.mipgap == 0.0) return STAT_MIP_OPTIMAL;
 
     const StatusRow& row = STATUS_TABLE[result];
-    if (mip) return problem.intsolutions >= 1 ? row.mip_feasible : row.mip_infeasible;
+    if (is_mip) return problem.intsolutions >= 1 ? row.mip_feasible : row.mip_infeasible;
     return problem.infeasibility <= control.feastol ? row.feasible : row.infeasible;
 }
 
@@ -163,32 +163,29 @@ void clear_counters(Problem& problem) noexcept
 // The arrays in which a run leaves its point and its results; made once per Problem.
 bool create_results(Problem& problem) noexcept
 {
-    if (problem.point) return true;
+    if (problem.results) return true;
     const auto n = static_cast<std::size_t>(problem.numcols);
     const auto m = static_cast<std::size_t>(problem.numrows);
-    Array<double> point, results;
-    if (!point.create(n) || !results.create(4 * n + 5 * m)) return false;
+    if (!problem.results.create(5 * n + 5 * m)) return false;
 
-    double* next = results.data();
+    double* next = problem.results.data();
     const auto take = [&next](std::size_t count) { return std::exchange(next, next + count); };
+    problem.x = take(n);
     problem.dj = take(n);
     problem.colrange = {take(n), take(n), take(n)};
     problem.piout = take(m);
     problem.slack = take(m);
     problem.rowrangeof = {take(m), take(m), take(m)};
-
-    problem.x = point.data();
-    problem.point = std::move(point);
-    problem.results = std::move(results);
     return true;
 }
 
 EngineResult run_engine(Problem& problem) noexcept
 {
     SolveControl& control = problem.control;
+    clear_counters(problem);
+    if (control.elasticmode == 0) problem.hasresults = false;  // an elastic run replaces none
     if (!beginrun(&control, 0) || !create_results(problem)) return ENGINE_NOMEMORY;
     control.engines = {&control, lpinit, lpsolve, lpfinish};
-    clear_counters(problem);
     return solveproblem(control.engines);
 }
 
@@ -201,12 +198,13 @@ using namespace tarnwick;
 extern "C" std::int32_t TARNWICK_CALL optimize(Problem* lp)
 {
     set_float_control();
-    if (!is_handle(lp, __func__)) return 1;
+    if (!is_idle(lp, __func__)) return 1;
     if (is_too_large(*lp)) return report(1, __func__, TOO_LARGE);
-    if (lp->running) return report(1, __func__, "the problem is being solved");
 
+    // Callbacks may set parameters: what kind of run it is, is settled before it.
+    const bool mip = is_mip(*lp);
     lp->running = true;
-    lp->status = external_status(*lp, run_engine(*lp));
+    lp->status = external_status(*lp, run_engine(*lp), mip);
     endrun(&lp->control);
     lp->running = false;
     return 0;

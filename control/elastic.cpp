@@ -131,11 +131,13 @@ void storesubset(Problem& problem, const SolutionRecord& solution) noexcept
         return has_lower(solution.lower[j]) || has_upper(solution.upper[j]);
     };
 
-    problem.iisnumrows = static_cast<std::int32_t>(
-        std::count(elastic, elastic + control.elasticcount, 0.0));
+    problem.iisnumrows =
+        static_cast<std::int32_t>(std::count(elastic, elastic + control.elasticcount, 0.0));
     problem.iisnumcols = 0;
     for (int j = 0; j < problem.numcols; ++j) problem.iisnumcols += is_bounded(j) ? 1 : 0;
 
+    for (auto* list : {&problem.rowind, &problem.rowbdstat, &problem.colind, &problem.colbdstat})
+        list->release();
     const auto rows = static_cast<std::size_t>(problem.iisnumrows);
     const auto columns = static_cast<std::size_t>(problem.iisnumcols);
     if (!problem.rowind.create(rows) || !problem.rowbdstat.create(rows)) return;

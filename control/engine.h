@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "include/tarnwick.h"
 #include "platform/array.h"
 
 namespace tarnwick {
@@ -50,11 +51,11 @@ EngineResult stopresult(std::int32_t stop, EngineResult otherwise) noexcept;
 //   engine_solve   solves with the bounds now in lb and ub; nonzero: a strategy may go on
 //   engine_finish  hands the results to storesolution and releases the engine, however little of
 //                  it was built
-using EngineEntry = std::int32_t (*)(SolveRun& run) noexcept;
+using EngineEntry = std::int32_t(TARNWICK_CALL*)(SolveRun& run) noexcept;
 
 // A strategy calls engine_solve once or many times. -1: the result in the run stands; any other
 // value is a result code that replaces it.
-using Strategy = std::int32_t (*)(EngineEntry engine_solve, SolveRun& run) noexcept;
+using Strategy = std::int32_t(TARNWICK_CALL*)(EngineEntry engine_solve, SolveRun& run) noexcept;
 inline constexpr std::int32_t RESULT_STANDS = -1;
 
 struct EngineTable {
@@ -90,9 +91,9 @@ struct SolveRun {
     double* nodedata;  // numvars + 1, a point attached to a node of the integer search
     void* nodeaux;
 
-    std::int32_t branchcount;   // length of branchlist
-    std::int32_t* branchlist;   // branching candidates from 1, or null: all variables in order
-    char* binarystate;          // one per branchlist entry, or null
+    std::int32_t branchcount;  // length of branchlist
+    std::int32_t* branchlist;  // branching candidates from 1, or null: all variables in order
+    char* binarystate;         // one per branchlist entry, or null
 };
 
 }  // namespace tarnwick

@@ -245,16 +245,17 @@ std::int32_t walkmatrix(SolveControl* control, void* user, Visit visit, void* da
 
 bool copymatrix(const SolveControl& control, double* const* rows) noexcept
 {
-    constexpr int LINE = 8;  // so many rows at a time, that reading and writing both go by lines
     const Problem& problem = *control.problem;
     if (is_sparse(problem) || control.elasticmode != 0) return false;
 
     const int m = problem.numrows, n = problem.numcols;
+    // A line of rows at a time, so that reading and writing both go by cache lines.
     for (int first = 0; first < m; first += LINE) {
-        const double* from = problem.matval + first;
         const int count = std::min(LINE, m - first);
-        for (int j = 0; j < n; ++j, from += m)
+        for (int j = 0; j < n; ++j) {
+            const double* from = problem.matval + static_cast<std::ptrdiff_t>(m) * j + first;
             for (int i = 0; i < count; ++i) rows[first + i + 1][j + 1] = from[i];
+        }
     }
     std::copy_n(problem.obj, n, rows[m + 1] + 1);
     return true;

@@ -56,8 +56,7 @@ void store_ranges(int first, int last, const Spread& spread, const RangeArrays& 
     }
 }
 
-void store_statistics(int first, int last, const Spread& spread,
-                      const RangeArrays& ranges) noexcept
+void store_statistics(int first, int last, const Spread& spread, const RangeArrays& ranges) noexcept
 {
     const int count = last - first + 1;
     std::copy_n(spread.centre + first, count, ranges.middle + first);

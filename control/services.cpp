@@ -280,6 +280,7 @@ std::int32_t reportprogress(SolveControl* control, std::int32_t event, std::int3
                             double value) noexcept
 {
     Problem& problem = *control->problem;
+    event &= EVENT_WORD;
     if (event & EVENT_ELASTIC) return elastic_event(*control, count);
     if (event & EVENT_NODE) {
         if (event & EVENT_FINAL_DONE) problem.bestinteger = value;

@@ -3,6 +3,7 @@
 #include <cstdint>
 
 #include "control/engine.h"
+#include "include/tarnwick.h"
 
 namespace tarnwick {
 
@@ -12,15 +13,15 @@ namespace tarnwick {
 
 // Selectors of getintinfo.
 enum : std::int32_t {
-    INFO_NUMVARS = 0,       // columns, elastic ones included
-    INFO_NUMLHS = 1,        // rows plus one
+    INFO_NUMVARS = 0,  // columns, elastic ones included
+    INFO_NUMLHS = 1,   // rows plus one
     INFO_NUMELASTIC = 2,
     INFO_NUMROWS = 3,
     INFO_ELASTICMODE = 4,
     INFO_HASOBJECTIVE = 5,
-    INFO_MAXIMIZE = 6,      // 1 if the objective is maximised
-    INFO_SCALING = 8,       // PARAM_SCALING plus 1: 0 is off
-    INFO_BRANCHING = 10,    // 1 if branching suits the engine class
+    INFO_MAXIMIZE = 6,    // 1 if the objective is maximised
+    INFO_SCALING = 8,     // PARAM_SCALING plus 1: 0 is off
+    INFO_BRANCHING = 10,  // 1 if branching suits the engine class
 };
 
 // Selectors of getdblinfo.
@@ -48,18 +49,19 @@ enum : std::int32_t {
 
 // Bits of the event word of reportprogress. The word 0 reads the stop code, as EVENT_POLL does.
 enum : std::int32_t {
+    EVENT_WORD = 0xFFFF,  // what counts of the argument
     EVENT_ITERATION = 4,
     EVENT_NODE = 8,
     EVENT_POLL = 32,
-    EVENT_FINAL = 64,            // a final evaluation follows; no effect
-    EVENT_FINAL_DONE = 128,      // in a node event: value is the incumbent's objective
-    EVENT_INFEASIBILITY = 256,   // in an iteration event: value is the infeasibility
+    EVENT_FINAL = 64,           // a final evaluation follows; no effect
+    EVENT_FINAL_DONE = 128,     // in a node event: value is the incumbent's objective
+    EVENT_INFEASIBILITY = 256,  // in an iteration event: value is the infeasibility
     EVENT_ELASTIC = 512,
 };
 
 // Called by a walk for each entry, in the order of the walk. 0 stops it.
-using Visit = std::int32_t (*)(SolveControl* control, void* user, std::int32_t row,
-                               std::int32_t column, double value, void* data) noexcept;
+using Visit = std::int32_t(TARNWICK_CALL*)(SolveControl* control, void* user, std::int32_t row,
+                                           std::int32_t column, double value, void* data) noexcept;
 
 // The point and the rows as an engine ends with them, in real units.
 struct SolutionRecord {
@@ -89,49 +91,60 @@ struct SensitivityRecord {
     const double* rhsdown;  // allowed decrease; statistics: minimum
 };
 
+// The entries from here on are exported by number: C linkage, the interface's calling convention.
+extern "C" {
+
 // Starts the clock, clears the stop code and sets the elastic variables up. 0: no memory for them.
-std::int32_t beginrun(SolveControl* control, std::int32_t reserved) noexcept;
+std::int32_t TARNWICK_CALL beginrun(SolveControl* control, std::int32_t reserved) noexcept;
 // Ends elastic mode.
-std::int32_t endrun(SolveControl* control) noexcept;
+std::int32_t TARNWICK_CALL endrun(SolveControl* control) noexcept;
 
 // 1 linear and quadratic, 0 smooth, 3 non-smooth.
-std::int16_t getengineclass(SolveControl* control) noexcept;
+std::int16_t TARNWICK_CALL getengineclass(SolveControl* control) noexcept;
 // Switches of the engines as flag words, by selector.
-std::uint32_t getcapability(SolveControl* control, std::int32_t selector) noexcept;
-std::int16_t getintinfo(SolveControl* control, std::int32_t selector) noexcept;
+std::uint32_t TARNWICK_CALL getcapability(SolveControl* control, std::int32_t selector) noexcept;
+std::int16_t TARNWICK_CALL getintinfo(SolveControl* control, std::int32_t selector) noexcept;
 // 0 and the value 1e-8 for a selector that doesn't exist.
-std::int32_t getdblinfo(SolveControl* control, double* value, std::int32_t selector) noexcept;
-std::int32_t getrunparam(SolveControl* control, std::int32_t selector) noexcept;
+std::int32_t TARNWICK_CALL getdblinfo(SolveControl* control, double* value,
+                                      std::int32_t selector) noexcept;
+std::int32_t TARNWICK_CALL getrunparam(SolveControl* control, std::int32_t selector) noexcept;
 
-std::int32_t getbounds(SolveControl* control, double* lb, double* ub, double* rowlower,
-                       double* rowupper) noexcept;
-std::int32_t getintflags(SolveControl* control, std::int32_t* flags) noexcept;
-std::int32_t getstart(SolveControl* control, double* x) noexcept;
+std::int32_t TARNWICK_CALL getbounds(SolveControl* control, double* lb, double* ub,
+                                     double* rowlower, double* rowupper) noexcept;
+std::int32_t TARNWICK_CALL getintflags(SolveControl* control, std::int32_t* flags) noexcept;
+std::int32_t TARNWICK_CALL getstart(SolveControl* control, double* x) noexcept;
 
 // The left-hand sides of all rows, then the objective: lhs has numrows + 1 elements. The point
 // becomes the one stored in the Problem. 0: the caller's function failed.
-std::int32_t evalfunctions(SolveControl* control, double* lhs, const double* x) noexcept;
+std::int32_t TARNWICK_CALL evalfunctions(SolveControl* control, double* lhs,
+                                         const double* x) noexcept;
 // The same from the stored point, two variables or one of which move.
-std::int32_t evalcolpair(SolveControl* control, double* lhs, std::int32_t varone, double xone,
-                         std::int32_t vartwo, double xtwo) noexcept;
-std::int32_t evalcol(SolveControl* control, double* lhs, std::int32_t var, double value) noexcept;
+std::int32_t TARNWICK_CALL evalcolpair(SolveControl* control, double* lhs, std::int32_t varone,
+                                       double xone, std::int32_t vartwo, double xtwo) noexcept;
+std::int32_t TARNWICK_CALL evalcol(SolveControl* control, double* lhs, std::int32_t var,
+                                   double value) noexcept;
 
 // Visit every entry of the matrix, then of the objective (row numrows). 0: a visit said stop.
-std::int32_t walkmatrix(SolveControl* control, void* user, Visit visit, void* data) noexcept;
-// The same for a matrix held dense, without a call for each entry: rows[i + 1][j + 1] is entry (i, j),
-// and row numrows + 1 holds the objective. False, and nothing done, for any other model.
-bool copymatrix(const SolveControl& control, double* const* rows) noexcept;
+std::int32_t TARNWICK_CALL walkmatrix(SolveControl* control, void* user, Visit visit,
+                                      void* data) noexcept;
 // Visit every entry of Q, then the linear objective with row -1.
-std::int32_t walkquad(SolveControl* control, void* user, Visit visit, void* data) noexcept;
+std::int32_t TARNWICK_CALL walkquad(SolveControl* control, void* user, Visit visit,
+                                    void* data) noexcept;
 
 // Reports an event and asks whether to stop: the stop code, or 0.
-std::int32_t reportprogress(SolveControl* control, std::int32_t event, std::int32_t count,
-                            double value) noexcept;
+std::int32_t TARNWICK_CALL reportprogress(SolveControl* control, std::int32_t event,
+                                          std::int32_t count, double value) noexcept;
 // Copies the results of a run to the Problem; in elastic mode the infeasible subset instead.
-void storesolution(SolveControl* control, const SolutionRecord* solution,
-                   const SensitivityRecord* sensitivity) noexcept;
+void TARNWICK_CALL storesolution(SolveControl* control, const SolutionRecord* solution,
+                                 const SensitivityRecord* sensitivity) noexcept;
 // Fixes and frees elastic variables. 1 if a bound in ub moved.
-std::int32_t setelastic(SolveControl* control, std::int32_t var, std::int32_t row,
-                        std::int32_t action, double* ub) noexcept;
+std::int32_t TARNWICK_CALL setelastic(SolveControl* control, std::int32_t var, std::int32_t row,
+                                      std::int32_t action, double* ub) noexcept;
+
+}  // extern "C"
+
+// What walkmatrix visits of a matrix held dense, without a call for each entry: rows[i + 1][j + 1] is entry (i, j),
+// and row numrows + 1 holds the objective. False, and nothing done, for any other model.
+bool copymatrix(const SolveControl& control, double* const* rows) noexcept;
 
 }  // namespace tarnwick

@@ -317,7 +317,7 @@ extern "C" std::int32_t TARNWICK_CALL loadquad(Problem* lp, std::int32_t* qmatbe
                                                double* qmatval, std::int32_t qnz, double* var)
 {
     set_float_control();
-    if (!is_handle(lp, __func__)) return 1;
+    if (!is_idle(lp, __func__)) return 1;
 
     MatrixArguments q{lp->numcols, lp->numcols, qmatbeg, qmatcnt, qmatind, qmatval, qnz};
     if (const Refusal refusal = test_q_arrays(q, var)) return report(refusal, __func__);
@@ -335,7 +335,7 @@ extern "C" std::int32_t TARNWICK_CALL loadctype(Problem* lp, char* ctype)
 {
     constexpr Refusal IS_ABSENT{2, "ctype is not a valid array"};
     set_float_control();
-    if (!is_handle(lp, __func__)) return 1;
+    if (!is_idle(lp, __func__)) return 1;
     if (!ctype) return report(IS_ABSENT, __func__);
     if (ole_mode() && !view_required(ctype, lp->numcols))
         return report(2, __func__, "ctype is not a valid OLE array");

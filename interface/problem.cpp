@@ -23,28 +23,19 @@ constexpr SizeLimits FUNCTION_LIMITS{400, 200};  // models known through the cal
 constexpr std::uintptr_t ALL_ONES_32 = 0xFFFFFFFFU;
 constexpr std::uintptr_t ALL_ONES = ~std::uintptr_t{0};
 
-bool copy_name(Array<char>& copy, const char* name) noexcept
-{
-    const std::size_t length = name ? std::strlen(name) : 0;
-    if (!copy.create(length + 1)) return false;
-    std::copy_n(name, length, copy.data());
-    return true;
-}
-
 }  // namespace
 
 // ---- life
 
 Problem* create_problem(const char* name) noexcept
 {
-    void* const block = allocate_block(sizeof(Problem));
+    const std::size_t length = name ? std::strlen(name) : 0;
+    void* const block = allocate_block(sizeof(Problem) + length + 1);
     if (!block) return nullptr;
 
     auto* const problem = std::construct_at(static_cast<Problem*>(block));
-    if (!copy_name(problem->name, name)) {
-        release_problem(problem);
-        return nullptr;
-    }
+    problem->name = static_cast<char*>(block) + sizeof(Problem);
+    std::copy_n(name, length, problem->name);
     problem->self = problem;
     problem->control.problem = problem;
     set_parameter_defaults(problem->control);
@@ -125,6 +116,14 @@ bool is_handle(const Problem* lp, const char* title) noexcept
     return false;
 }
 
+bool is_idle(const Problem* lp, const char* title) noexcept
+{
+    if (!is_handle(lp, title)) return false;
+    if (!lp->running) return true;
+    report(1, title, "the problem is being solved");
+    return false;
+}
+
 bool is_absent(const double* array) noexcept { return !array || *array == -1.0; }
 
 bool is_absent(const std::int32_t* array) noexcept { return !array || *array == -1; }
@@ -136,8 +135,7 @@ using namespace tarnwick;
 extern "C" std::int32_t TARNWICK_CALL unloadprob(Problem** lp_p)
 {
     if (!lp_p) return report(1, __func__, "lp_p is not valid");
-    if (!is_handle(*lp_p, __func__)) return 1;
-    if ((*lp_p)->running) return report(1, __func__, "the problem is being solved");
+    if (!is_idle(*lp_p, __func__)) return 1;
 
     release_problem(*lp_p);
     return 0;

@@ -29,8 +29,8 @@ using FuncEval = std::int32_t(TARNWICK_CALL*)(Problem* lp, std::int32_t numcols,
 // The record behind the handle. Model arrays are the caller's; pointers into them are only read,
 // but for the text reader, which fills them. All arrays are 0-based.
 struct Problem {
-    Problem* self;  // its own address: what the handle test compares
-    tarnwick::Array<char> name;
+    Problem* self;             // its own address: what the handle test compares
+    char* name;                // behind the record, in the same block
     std::int32_t problemtype;  // PROB_...
     std::int32_t numcols, numrows;
     std::int32_t objsen;  // 1 minimise, -1 maximise
@@ -71,8 +71,7 @@ struct Problem {
     double objval;        // at the point last evaluated
     bool running;         // inside optimize: a callback must not start or unload the model again
     bool hasresults;      // a run has stored the arrays below
-    tarnwick::Array<double> point;    // the block behind x
-    tarnwick::Array<double> results;  // the block behind the other arrays
+    tarnwick::Array<double> results;  // the block behind these arrays
     double* x;                       // numcols, the point last evaluated: after a run, the solution
     double* dj;                      // numcols
     double* piout;                   // numrows
@@ -127,6 +126,9 @@ std::int32_t report(std::int32_t code, const char* title, const char* text) noex
 
 // The handle test. False: it has been reported, and the caller returns 1.
 bool is_handle(const Problem* lp, const char* title) noexcept;
+// The handle test, for what must not happen inside a run of the model: a callback may not load,
+// solve, fill or unload it. False: it has been reported, and the caller returns 1.
+bool is_idle(const Problem* lp, const char* title) noexcept;
 // True for null and all ones, the two values that never are a handle.
 bool is_null_handle(const Problem* lp) noexcept;
 

@@ -51,8 +51,8 @@ double direction_of(const LpEngine& lp, int label) noexcept
 // The cost range of the variable basic in row i.
 void range_basic_cost(LpEngine& lp, int i, int label) noexcept
 {
-    const Room room = room_of_cost(lp.tableau[i], lp.rise.data(), lp.tableau[0], lp.n, NEGLIGIBLE,
-                                   INFINITE_BOUND);
+    const Room room = room_of_cost(lp.tableau[i], lp.rise.data(), lp.tableau[0], lp.tableau.width(),
+                                   NEGLIGIBLE, INFINITE_BOUND);
     lp.objup[label] = room.up;
     lp.objdown[label] = room.down;
     lp.dj[label] = 0.0;
@@ -69,6 +69,7 @@ void range_nonbasic_cost(LpEngine& lp, int j, int label) noexcept
 
 void analyse_columns(LpEngine& lp) noexcept
 {
+    std::fill_n(lp.rise.data(), lp.tableau.width(), 0.0);
     for (int j = 1; j <= lp.n; ++j) lp.rise[j] = direction_of(lp, lp.collabel[j]);
     for (int i = 1; i <= lp.m; ++i)
         if (lp.rowlabel[i] <= lp.n) range_basic_cost(lp, i, lp.rowlabel[i]);
@@ -110,8 +111,8 @@ void shrink_room_by_row(LpEngine& lp, int r) noexcept
     const double lower = lowerof(lp, lp.rowlabel[r]), upper = upperof(lp, lp.rowlabel[r]);
     const double to_lower = lower > -INFINITE_BOUND ? std::max(value - lower, 0.0) : NO_BOUND;
     const double to_upper = upper < INFINITE_BOUND ? std::max(upper - value, 0.0) : NO_BOUND;
-    shrink_room(lp.rise.data(), lp.fall.data(), lp.tableau[r], to_lower, to_upper, lp.n,
-                NEGLIGIBLE);
+    shrink_room(lp.rise.data(), lp.fall.data(), lp.tableau[r], to_lower, to_upper,
+                lp.tableau.width(), NEGLIGIBLE);
 }
 
 // The logical variable is nonbasic: the row is binding and has a dual.

@@ -59,14 +59,14 @@ bool create_arrays(LpEngine& lp) noexcept
 {
     const int n = lp.n, m = lp.m;
     return lp.arrays.create([&lp, n, m](auto& layout) {
-        for (Vec<double>* column : {&lp.start, &lp.grad, &lp.x, &lp.lower, &lp.upper, &lp.iterate,
-                                    &lp.dj, &lp.objup, &lp.objdown, &lp.rise, &lp.fall, &lp.colup,
-                                    &lp.coldown})
+        for (Vec<double>* column :
+             {&lp.start, &lp.grad, &lp.x, &lp.lower, &lp.upper, &lp.iterate, &lp.dj, &lp.objup,
+              &lp.objdown, &lp.rise, &lp.fall, &lp.colup, &lp.coldown})
             layout(*column, n);
-        for (Vec<double>* row : {&lp.rowlower, &lp.rowupper, &lp.rhs, &lp.rowvalue, &lp.rowbase,
-                                 &lp.rowprobe, &lp.basicvalue, &lp.basiclower, &lp.basicupper,
-                                 &lp.column, &lp.pi, &lp.rhsup, &lp.rhsdown, &lp.rowup,
-                                 &lp.rowdown, &lp.steps})
+        for (Vec<double>* row :
+             {&lp.rowlower, &lp.rowupper, &lp.rhs, &lp.rowvalue, &lp.rowbase, &lp.rowprobe,
+              &lp.basicvalue, &lp.basiclower, &lp.basicupper, &lp.column, &lp.pi, &lp.rhsup,
+              &lp.rhsdown, &lp.rowup, &lp.rowdown, &lp.steps})
             layout(*row, m + 1);
         for (Vec<std::int32_t>* column : {&lp.colexp, &lp.colstate, &lp.collabel, &lp.waiting.list})
             layout(*column, n);
@@ -182,9 +182,8 @@ bool restore_or_save(LpEngine& lp, const SolveRun& run) noexcept
 {
     if ((run.flags & RUN_REPEATED) == 0 && lp.mode == MODE_LINEAR) return true;
     const bool is_first = !lp.savedtableau;
-    if (is_first && !lp.savedmatrix.create([&lp](auto& layout) {
-            layout(lp.savedtableau, lp.m + 1, lp.n);
-        }))
+    if (is_first &&
+        !lp.savedmatrix.create([&lp](auto& layout) { layout(lp.savedtableau, lp.m + 1, lp.n); }))
         return false;
 
     const Vec<RowSense> to = is_first ? lp.savedsenses : lp.senses;
@@ -217,6 +216,7 @@ std::int32_t lpsolve(SolveRun& run) noexcept
     LpEngine& lp = *engine_of(run);
     run.nodedata = nullptr;
     run.nodeaux = nullptr;
+    lp.rowsarecurrent = false;
     if (!bounds_in_order(lp)) {
         run.result = ENGINE_INFEASIBLE;
         return 1;
@@ -244,7 +244,10 @@ namespace {
 void store_results(LpEngine& lp, const SolveRun& run) noexcept
 {
     reportprogress(lp.control, EVENT_FINAL, 0, 0.0);
-    evalfunctions(lp.control, lp.rowvalue.first(), lp.x.first());
+    if (lp.rowsarecurrent)  // the check of the answer has just evaluated this very point
+        unscalerowvalues(lp, lp.rowvalue);
+    else
+        evalfunctions(lp.control, lp.rowvalue.first(), lp.x.first());
     reportprogress(lp.control, EVENT_FINAL_DONE, 0, 0.0);
 
     const bool is_direct = (run.flags & RUN_DIRECT) != 0;

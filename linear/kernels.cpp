@@ -1,15 +1,36 @@
 #include "linear/kernels.h"
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
-// The processor's widest vectors are used through clones that the loader chooses from.
+#include "platform/array.h"
+
+// Plain loops that compilers turn into vector operations; the processor's widest vectors are used
+// through clones that the loader chooses from.
 
 namespace tarnwick {
 
 namespace {
 
-constexpr int LINE = 8;  // cells of a cache line
+constexpr double INFINITE = std::numeric_limits<double>::infinity();
+constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
+
+// The magnitude of a number as an integer that grows with it. Integers have no order of evaluation,
+// so that a compiler may keep partial results of a smallest or largest one in the lanes of a vector.
+[[gnu::always_inline]] inline std::int64_t rank(double magnitude)
+{
+    return std::bit_cast<std::int64_t>(magnitude);
+}
+[[gnu::always_inline]] inline double of_rank(std::int64_t rank)
+{
+    return std::bit_cast<double>(rank);
+}
+
+// Tells the compiler that no elements are left over behind the last whole line.
+[[gnu::always_inline]] inline int whole(int width) { return width & -LINE; }
 
 template <int ROWS>
 [[gnu::always_inline]] inline void subtract(double* __restrict y, const double* f,
@@ -21,7 +42,7 @@ template <int ROWS>
         row[k] = p[k];
         factor[k] = f[k];
     }
-    for (int j = 0; j < width; ++j) {
+    for (int j = 0; j < whole(width); ++j) {
         double value = y[j];
         for (int k = 0; k < ROWS; ++k) value -= factor[k] * row[k][j];
         y[j] = value;
@@ -29,6 +50,8 @@ template <int ROWS>
 }
 
 }  // namespace
+
+// ---- the update of a pivot
 
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
@@ -42,7 +65,7 @@ void subtract_outer(double* const* rows, const double* factors, int first, int l
         double* __restrict row = rows[i];
         row[c] = 0.0;
         for (int line = 0; line < width; line += LINE)
-            for (int k = line; k < line + LINE; ++k) row[k] -= factor * p[k];
+            for (int j = line; j < line + LINE; ++j) row[j] -= factor * p[j];
     }
 }
 
@@ -68,79 +91,167 @@ void subtract_rows(double* y, const double* f, const double* const* p, int rows,
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
-double copy_entries(double* __restrict target, const double* __restrict source, int count,
-                    double floor) noexcept
+double
+multiply_entries(double* __restrict values, double* __restrict copy, double factor, int width,
+                 double floor) noexcept
 {
-    double largest[LINE] = {};
-    int j = 1;
-    for (; j + LINE <= count + 1; j += LINE) {
-        for (int k = 0; k < LINE; ++k) {
-            const double size = std::fabs(source[j + k]);
-            target[j + k] = size > floor ? source[j + k] : 0.0;
-            largest[k] = size > largest[k] ? size : largest[k];
-        }
+    std::int64_t largest = 0;
+    for (int j = 0; j < whole(width); ++j) {
+        const double product = values[j] * factor;
+        const double value = std::fabs(values[j]) > floor ? product : values[j];
+        const double entry = std::fabs(value) > floor ? value : 0.0;
+        values[j] = value;
+        copy[j] = entry;
+        largest = std::max(largest, rank(std::fabs(entry)));
     }
-    for (; j <= count; ++j) {
-        const double size = std::fabs(source[j]);
-        target[j] = size > floor ? source[j] : 0.0;
-        largest[0] = size > largest[0] ? size : largest[0];
-    }
-    for (int k = 1; k < LINE; ++k) largest[0] = largest[k] > largest[0] ? largest[k] : largest[0];
-    return largest[0];
+    return of_rank(largest);
 }
 
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
-int count_entries(const double* values, int count) noexcept
+double
+copy_entries(double* __restrict copy, const double* __restrict values, int width,
+             double floor) noexcept
+{
+    std::int64_t largest = 0;
+    for (int j = 0; j < whole(width); ++j) {
+        const double entry = std::fabs(values[j]) > floor ? values[j] : 0.0;
+        copy[j] = entry;
+        largest = std::max(largest, rank(std::fabs(entry)));
+    }
+    return of_rank(largest);
+}
+
+#if defined(TARNWICK_CLONES)
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
+#endif
+void add_entries(double* __restrict target, double factor, const double* __restrict column,
+                 int width, double floor) noexcept
+{
+    for (int i = 0; i < whole(width); ++i) {
+        const double sum = target[i] + factor * column[i];
+        target[i] = std::fabs(column[i]) > floor ? sum : target[i];
+    }
+}
+
+#if defined(TARNWICK_CLONES)
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
+#endif
+int count_entries(const double* values, int width) noexcept
 {
     int number = 0;
-    for (int j = 1; j <= count; ++j) number += values[j] != 0.0 ? 1 : 0;
+    for (int j = 0; j < whole(width); ++j) number += values[j] != 0.0 ? 1 : 0;
     return number;
 }
 
+// ---- the ratio test
+
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
-Magnitudes magnitudes(const double* values, int count, double floor) noexcept
+LeastStep
+ratio_steps(double* __restrict steps, const double* __restrict column,
+            const double* __restrict value, const double* __restrict positive,
+            const double* __restrict negative, int width, double tol, double infinite) noexcept
 {
-    constexpr double NONE = std::numeric_limits<double>::infinity();
-    double smallest[LINE], largest[LINE];
-    for (int k = 0; k < LINE; ++k) {
-        smallest[k] = NONE;
-        largest[k] = 0.0;
+    std::int64_t least = rank(INFINITE);
+    for (int i = 0; i < whole(width); ++i) {
+        const double a = column[i];
+        const double bound = a > 0.0 ? positive[i] : negative[i];
+        const double step = std::fabs((value[i] - bound) / a);
+        const double limited = std::fabs(bound) < infinite ? step : NONE;
+        steps[i] = std::fabs(a) > tol ? limited : NONE;
+        least = std::min(least, rank(std::fabs(steps[i])));
     }
-    int j = 1;
-    for (; j + LINE <= count + 1; j += LINE) {
-        for (int k = 0; k < LINE; ++k) {
-            const double size = std::fabs(values[j + k]);
-            largest[k] = size > floor && size > largest[k] ? size : largest[k];
-            smallest[k] = size > floor && size < smallest[k] ? size : smallest[k];
-        }
+
+    const double step = of_rank(least);
+    int rows = 0, row = 0;
+    for (int i = 0; i < whole(width); ++i) {
+        const bool has_it = steps[i] == step;
+        rows += has_it ? 1 : 0;
+        row = has_it ? i : row;
     }
-    Magnitudes all{smallest[0], largest[0]};
-    for (int k = 1; k < LINE; ++k) {
-        all.largest = largest[k] > all.largest ? largest[k] : all.largest;
-        all.smallest = smallest[k] < all.smallest ? smallest[k] : all.smallest;
+    return {step, row, rows};
+}
+
+#if defined(TARNWICK_CLONES)
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
+#endif
+int find_value(const double* values, double value, int first, int last) noexcept
+{
+    constexpr int BLOCK = 8 * LINE;
+    for (int block = first; block <= last; block += BLOCK) {
+        const int end = std::min(block + BLOCK, last + 1);
+        int hits = 0;
+        for (int i = block; i < end; ++i) hits += values[i] == value ? 1 : 0;
+        if (hits == 0) continue;
+        for (int i = block; i < end; ++i)
+            if (values[i] == value) return i;
     }
-    for (; j <= count; ++j) {
+    return 0;
+}
+
+// ---- the analysis
+
+#if defined(TARNWICK_CLONES)
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
+#endif
+Room room_of_cost(const double* __restrict row, const double* __restrict sign,
+                  const double* __restrict costs, int width, double floor, double limit) noexcept
+{
+    std::int64_t up = rank(limit), down = rank(limit);
+    for (int j = 0; j < whole(width); ++j) {
+        const double a = row[j] * sign[j];
+        const double room = std::fabs(costs[j] / a);
+        up = std::min(up, rank(a > floor ? room : limit));
+        down = std::min(down, rank(a < -floor ? room : limit));
+    }
+    return {of_rank(up), of_rank(down)};
+}
+
+#if defined(TARNWICK_CLONES)
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
+#endif
+void shrink_room(double* __restrict rise, double* __restrict fall, const double* __restrict row,
+                 double to_lower, double to_upper, int width, double floor) noexcept
+{
+    for (int j = 0; j < whole(width); ++j) {
+        const double a = row[j], size = std::fabs(a);
+        const double up = (a > 0.0 ? to_lower : to_upper) / size;
+        const double down = (a > 0.0 ? to_upper : to_lower) / size;
+        const double risen = up < rise[j] ? up : rise[j];
+        const double fallen = down < fall[j] ? down : fall[j];
+        rise[j] = size >= floor ? risen : rise[j];
+        fall[j] = size >= floor ? fallen : fall[j];
+    }
+}
+
+// ---- scaling
+
+#if defined(TARNWICK_CLONES)
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
+#endif
+Magnitudes
+magnitudes(const double* values, int width, double floor) noexcept
+{
+    std::int64_t smallest = rank(INFINITE), largest = 0;
+    for (int j = 0; j < whole(width); ++j) {
         const double size = std::fabs(values[j]);
-        if (!(size > floor)) continue;
-        all.largest = size > all.largest ? size : all.largest;
-        all.smallest = size < all.smallest ? size : all.smallest;
+        largest = std::max(largest, rank(size > floor ? size : 0.0));
+        smallest = std::min(smallest, rank(size > floor ? size : INFINITE));
     }
-    return all;
+    return {of_rank(smallest), of_rank(largest)};
 }
 
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
 void widen_ranges(double* __restrict smallest, double* __restrict largest,
-                  const double* __restrict values, double factor, int count, double floor) noexcept
+                  const double* __restrict values, double factor, int width, double floor) noexcept
 {
-    for (int j = 1; j <= count; ++j) {
-        const double size = std::fabs(values[j]);
-        const double scaled = size * factor;
+    for (int j = 0; j < whole(width); ++j) {
+        const double size = std::fabs(values[j]), scaled = size * factor;
         const double high = scaled > largest[j] ? scaled : largest[j];
         const double low = scaled < smallest[j] ? scaled : smallest[j];
         largest[j] = size > floor ? high : largest[j];
@@ -152,9 +263,9 @@ void widen_ranges(double* __restrict smallest, double* __restrict largest,
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
 void scale_entries(double* __restrict values, double factor, const double* __restrict factors,
-                   int count, double floor) noexcept
+                   int width, double floor) noexcept
 {
-    for (int j = 1; j <= count; ++j) {
+    for (int j = 0; j < whole(width); ++j) {
         const double value = std::fabs(values[j]) < floor ? 0.0 : values[j];
         values[j] = value * factor * factors[j];
     }
@@ -163,123 +274,13 @@ void scale_entries(double* __restrict values, double factor, const double* __res
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
-double ratio_steps(double* __restrict steps, const double* __restrict column,
-                   const double* __restrict value, const double* __restrict positive,
-                   const double* __restrict negative, int m, double tol, double infinite) noexcept
-{
-    constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
-    for (int i = 1; i <= m; ++i) {
-        const double a = column[i];
-        const double bound = a > 0.0 ? positive[i] : negative[i];
-        const double step = std::fabs((value[i] - bound) / a);
-        const double limited = std::fabs(bound) < infinite ? step : NONE;
-        steps[i] = std::fabs(a) > tol ? limited : NONE;
-    }
-    double least[LINE];
-    for (double& step : least) step = std::numeric_limits<double>::infinity();
-    int i = 1;
-    for (; i + LINE <= m + 1; i += LINE)
-        for (int k = 0; k < LINE; ++k) least[k] = steps[i + k] < least[k] ? steps[i + k] : least[k];
-    for (; i <= m; ++i) least[0] = steps[i] < least[0] ? steps[i] : least[0];
-    for (int k = 1; k < LINE; ++k) least[0] = least[k] < least[0] ? least[k] : least[0];
-    return least[0];
-}
-
-#if defined(TARNWICK_CLONES)
-[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
-#endif
-Room room_of_cost(const double* __restrict row, const double* __restrict sign,
-                  const double* __restrict costs, int n, double floor, double limit) noexcept
-{
-    double up[LINE], down[LINE];
-    for (int k = 0; k < LINE; ++k) up[k] = down[k] = limit;
-    const auto narrow = [&](int j, int k) {
-        const double a = row[j] * sign[j];
-        const double room = std::fabs(costs[j] / a);
-        const double rising = a > floor ? room : limit;
-        const double falling = a < -floor ? room : limit;
-        up[k] = rising < up[k] ? rising : up[k];
-        down[k] = falling < down[k] ? falling : down[k];
-    };
-    int j = 1;
-    for (; j + LINE <= n + 1; j += LINE)
-        for (int k = 0; k < LINE; ++k) narrow(j + k, k);
-    for (; j <= n; ++j) narrow(j, 0);
-    for (int k = 1; k < LINE; ++k) {
-        up[0] = up[k] < up[0] ? up[k] : up[0];
-        down[0] = down[k] < down[0] ? down[k] : down[0];
-    }
-    return {up[0], down[0]};
-}
-
-#if defined(TARNWICK_CLONES)
-[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
-#endif
-void shrink_room(double* __restrict rise, double* __restrict fall, const double* __restrict row,
-                 double to_lower, double to_upper, int n, double floor) noexcept
-{
-    for (int j = 1; j <= n; ++j) {
-        const double a = row[j], size = std::fabs(a);
-        const double up = (a > 0.0 ? to_lower : to_upper) / size;
-        const double down = (a > 0.0 ? to_upper : to_lower) / size;
-        const double risen = up < rise[j] ? up : rise[j];
-        const double fallen = down < fall[j] ? down : fall[j];
-        rise[j] = size >= floor ? risen : rise[j];
-        fall[j] = size >= floor ? fallen : fall[j];
-    }
-}
-
-#if defined(TARNWICK_CLONES)
-[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
-#endif
-void add_entries(double* __restrict target, double factor, const double* __restrict column,
-                 int last, double floor) noexcept
-{
-    for (int i = 0; i <= last; ++i) {
-        const double sum = target[i] + factor * column[i];
-        target[i] = std::fabs(column[i]) > floor ? sum : target[i];
-    }
-}
-
-#if defined(TARNWICK_CLONES)
-[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
-#endif
-void multiply_entries(double* values, double factor, int count, double floor) noexcept
-{
-    for (int j = 1; j <= count; ++j) {
-        const double product = values[j] * factor;
-        values[j] = std::fabs(values[j]) > floor ? product : values[j];
-    }
-}
-
-#if defined(TARNWICK_CLONES)
-[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
-#endif
-int find_value(const double* values, double value, int first, int last) noexcept
-{
-    int i = first;
-    for (; i + LINE <= last + 1; i += LINE) {
-        bool found = false;
-        for (int k = 0; k < LINE; ++k) found |= values[i + k] == value;
-        if (found) break;
-    }
-    for (; i <= last; ++i)
-        if (values[i] == value) return i;
-    return 0;
-}
-
-#if defined(TARNWICK_CLONES)
-[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
-#endif
 void scale_values(double* __restrict values, double factor, const double* __restrict factors,
-                  int count, double infinite) noexcept
+                  int width, double infinite) noexcept
 {
-    for (int line = 0; line < count; line += LINE) {
-        for (int k = line; k < line + LINE; ++k) {
-            const double value = values[k];
-            const double once = std::fabs(value) >= infinite ? value : value * factor;
-            values[k] = std::fabs(once) >= infinite ? once : once * factors[k];
-        }
+    for (int k = 0; k < whole(width); ++k) {
+        const double value = values[k];
+        const double once = std::fabs(value) >= infinite ? value : value * factor;
+        values[k] = std::fabs(once) >= infinite ? once : once * factors[k];
     }
 }
 

@@ -42,8 +42,8 @@ double upperof(const LpEngine& lp, int label) noexcept
 
 int waitingcapacity(int m, int n) noexcept
 {
-    constexpr double CACHED_CELLS = 64.0 * 1024;     // updating at once is as fast up to here
-    constexpr double SHARED_CELLS = 2048.0 * 1024;   // beyond it main memory sets the pace
+    constexpr double CACHED_CELLS = 64.0 * 1024;    // updating at once is as fast up to here
+    constexpr double SHARED_CELLS = 2048.0 * 1024;  // beyond it main memory sets the pace
     const double cells = (m + 1.0) * (n + 1.0);
     if (cells <= CACHED_CELLS) return 0;
     return cells <= SHARED_CELLS ? 8 : MOST_WAITING;
@@ -53,7 +53,13 @@ int waitingcapacity(int m, int n) noexcept
 
 void loadbasis(LpEngine& lp) noexcept
 {
-    for (int i = 0; i <= lp.m + 1; ++i) lp.basicvalue[i] = lp.tableau[i][0];
+    for (int i = 0; i <= lp.m + 1; ++i) {
+        lp.basicvalue[i] = lp.tableau[i][0];
+        lp.tableau[i][0] = 0.0;
+    }
+    // What is no row sets no limit.
+    std::fill_n(lp.basiclower.data(), whole_lines(lp.m + 1), -INFINITE_BOUND);
+    std::fill_n(lp.basicupper.data(), whole_lines(lp.m + 1), INFINITE_BOUND);
     for (int i = 1; i <= lp.m; ++i) {
         lp.basiclower[i] = lowerof(lp, lp.rowlabel[i]);
         lp.basicupper[i] = upperof(lp, lp.rowlabel[i]);
@@ -86,8 +92,7 @@ void apply_waiting(LpEngine& lp) noexcept
     if (lp.waiting.count == 0) return;
     const int width = lp.tableau.width();
     for (int first = 0; first < width; first += STRIP)
-        for (int i = 1; i <= lp.m; ++i)
-            apply_to_row(lp, i, first, std::min(STRIP, width - first));
+        for (int i = 1; i <= lp.m; ++i) apply_to_row(lp, i, first, std::min(STRIP, width - first));
     lp.waiting.count = 0;
 }
 
@@ -101,10 +106,11 @@ void unloadbasis(LpEngine& lp) noexcept
 
 // ---- a column, a row
 
-void fetchcolumn(LpEngine& lp, int c) noexcept
+void fetchcolumn(LpEngine& lp, int last, int c) noexcept
 {
     double* const column = lp.column.data();
-    for (int i = 0; i <= lp.m + 1; ++i) column[i] = lp.tableau[i][c];
+    for (int i = 0; i <= last; ++i) column[i] = lp.tableau[i][c];
+    if (last == lp.m) column[lp.m + 1] = 0.0;
     for (int p = 0; p < lp.waiting.count; ++p) {
         const double entry = lp.waiting.rows[p][c];
         if (entry == 0.0) continue;
@@ -131,11 +137,11 @@ double rest_at_leavebound(LpEngine& lp, int label, int c) noexcept
     return lp.x[label];
 }
 
-// column 0 += t * (fetched column), rows 0..last.
-void shift_values(LpEngine& lp, int last, double t) noexcept
+// column 0 += t * (fetched column).
+void shift_values(LpEngine& lp, double t) noexcept
 {
     if (is_negligible(t)) return;
-    add_entries(lp.basicvalue.data(), t, lp.column.data(), last, NEGLIGIBLE);
+    add_entries(lp.basicvalue.data(), t, lp.column.data(), whole_lines(lp.m + 1), NEGLIGIBLE);
 }
 
 double rest_value(const LpEngine& lp, int label, int c) noexcept
@@ -152,19 +158,24 @@ double put_to_rest(LpEngine& lp, int label, int c) noexcept
     return 0.0;
 }
 
-// Row r over its pivot element, whose inverse takes its place.
-void divide_row(LpEngine& lp, int r, int c, double inverse) noexcept
+// Row r over its pivot element, whose inverse takes its place; and a copy of its entries to the next
+// place of the waiting list. Gives the largest magnitude.
+double divide_row(LpEngine& lp, int r, int c, double inverse) noexcept
 {
-    multiply_entries(lp.tableau[r], inverse, lp.n, NEGLIGIBLE);
+    double* const p = lp.waiting.rows[lp.waiting.count];
+    const double largest =
+        multiply_entries(lp.tableau[r], p, inverse, lp.tableau.width(), NEGLIGIBLE);
     lp.tableau[r][c] = inverse;
+    p[c] = inverse;
     if (!is_negligible(lp.basicvalue[r])) lp.basicvalue[r] *= inverse;
+    return largest;
 }
 
 // What the update does to column 0.
-void update_values(LpEngine& lp, int last, int r) noexcept
+void update_values(LpEngine& lp, int r) noexcept
 {
     const double value = lp.basicvalue[r];
-    shift_values(lp, last, -value);
+    shift_values(lp, -value);
     lp.basicvalue[r] = value;
 }
 
@@ -203,34 +214,33 @@ void put_on_waiting_list(LpEngine& lp, const double* factors, int r, int c) noex
 }
 
 // A pivot row with so few entries that going through their list is less work than whole rows.
-bool is_sparse(const double* p, int n) noexcept
+bool is_sparse(const double* p, int width) noexcept
 {
     constexpr int SHARE = 8;          // an entry by list costs this many times one of a whole row
     constexpr int SHORTEST_ROW = 64;  // below it a list isn't worth making
-    return n >= SHORTEST_ROW && count_entries(p, n) * SHARE <= n;
+    return width >= SHORTEST_ROW && count_entries(p, width) * SHARE <= width;
+}
+
+// The pivot column to the next place of the waiting list, its negligible elements as zeros. Gives
+// the largest magnitude.
+double copy_factors(LpEngine& lp, int r) noexcept
+{
+    double* const factors = lp.waiting.columns[lp.waiting.count];
+    const double largest =
+        copy_entries(factors, lp.column.data(), whole_lines(lp.m + 1), NEGLIGIBLE);
+    factors[r] = 0.0;
+    return largest;
 }
 
 // Takes the divided pivot row from the other rows: at once from the two that are priced, and from
-// the rest at once or later.
-void update_rows(LpEngine& lp, int last, int r, int c) noexcept
+// the rest at once or later. `infinite` says that an infinity is among the numbers.
+void update_rows(LpEngine& lp, int last, int r, int c, bool infinite) noexcept
 {
     WaitingPivots& waiting = lp.waiting;
     double* const p = waiting.rows[waiting.count];
     double* const factors = waiting.columns[waiting.count];
-    const double largest_entry = copy_entries(p, lp.tableau[r], lp.n, NEGLIGIBLE);
-    const double largest_factor = copy_entries(factors, lp.column.data(), lp.m + 1, NEGLIGIBLE);
-    factors[0] = is_negligible(lp.column[0]) ? 0.0 : lp.column[0];
-    factors[r] = 0.0;
-    p[c] = lp.tableau[r][c];
-
-    const bool infinite = std::isinf(largest_entry) || std::isinf(largest_factor + factors[0]);
-    if (infinite && waiting.count > 0) {
+    if (infinite || (waiting.count == 0 && is_sparse(p, lp.tableau.width()))) {
         apply_waiting(lp);
-        update_rows(lp, last, r, c);
-        return;
-    }
-
-    if (infinite || (waiting.count == 0 && is_sparse(p, lp.n))) {
         subtract_listed(lp, factors, 0, last, p, list_entries(lp, p), c);
         return;
     }
@@ -247,13 +257,13 @@ void update_rows(LpEngine& lp, int last, int r, int c) noexcept
 
 }  // namespace
 
-void flipbound(LpEngine& lp, int last, int c) noexcept
+void flipbound(LpEngine& lp, int c) noexcept
 {
     ++lp.iterations;
     const int label = lp.collabel[c];
     const double old = lp.x[label];
     const double step = rest_at_leavebound(lp, label, c) - old;
-    shift_values(lp, last, -step);
+    shift_values(lp, -step);
 }
 
 void pivot(LpEngine& lp, int last, int r, int c) noexcept
@@ -263,13 +273,14 @@ void pivot(LpEngine& lp, int last, int r, int c) noexcept
     const int leaving = lp.rowlabel[r];
 
     // Out of column 0 with the entering variable, in with the leaving one.
-    shift_values(lp, last, rest_value(lp, entering, c));
+    shift_values(lp, rest_value(lp, entering, c));
     lp.basicvalue[r] -= put_to_rest(lp, leaving, c);
 
     refreshrow(lp, r);
-    divide_row(lp, r, c, 1.0 / lp.column[r]);
-    update_values(lp, last, r);
-    update_rows(lp, last, r, c);
+    const double largest_entry = divide_row(lp, r, c, 1.0 / lp.column[r]);
+    update_values(lp, r);
+    const double largest_factor = copy_factors(lp, r);
+    update_rows(lp, last, r, c, std::isinf(largest_entry) || std::isinf(largest_factor));
 
     lp.collabel[c] = leaving;
     lp.rowlabel[r] = entering;

@@ -12,14 +12,13 @@ int waitingcapacity(int m, int n) noexcept;
 void loadbasis(LpEngine& lp) noexcept;
 void unloadbasis(LpEngine& lp) noexcept;
 
-// Brings column c up to date into lp.column: rows 0..m+1.
-void fetchcolumn(LpEngine& lp, int c) noexcept;
+// Brings the rows 0..last of column c up to date into lp.column, and clears the others.
+void fetchcolumn(LpEngine& lp, int last, int c) noexcept;
 // Brings row i up to date in place; i is 1..m.
 void refreshrow(LpEngine& lp, int i) noexcept;
 
-// Moves the nonbasic variable of column c, which lp.column holds, to its other bound. Updates the
-// rows 0..last of column 0.
-void flipbound(LpEngine& lp, int last, int c) noexcept;
+// Moves the nonbasic variable of column c, which lp.column holds, to its other bound.
+void flipbound(LpEngine& lp, int c) noexcept;
 // Exchanges the basic variable of row r with the nonbasic one of column c, which lp.column holds.
 // Updates the rows 0..last; the variable that leaves goes to rest at lp.leavebound.
 void pivot(LpEngine& lp, int last, int r, int c) noexcept;

@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "control/services.h"
 #include "linear/scaling.h"
@@ -63,6 +64,8 @@ std::int32_t stop_at_quadratic(SolveControl*, void*, std::int32_t row, std::int3
 
 bool has_quadratic_entry(const LpEngine& lp) noexcept
 {
+    // The objective of an elastic model is the sum of its elastic variables, whatever the model's.
+    if (getintinfo(lp.control, INFO_ELASTICMODE) != 0) return false;
     return walkquad(lp.control, nullptr, stop_at_quadratic, nullptr) == 0;
 }
 
@@ -95,6 +98,7 @@ LpMode probe(LpEngine& lp) noexcept
 bool classify(LpEngine& lp) noexcept
 {
     lp.mode = probe(lp);
+    std::swap(lp.rowvalue, lp.rowbase);  // the values at the origin, which the tableau needs
     std::copy_n(lp.start.data(), lp.n + 1, lp.x.data());
     return evalrows(lp, lp.rowbase, lp.start);
 }
@@ -141,7 +145,6 @@ namespace {
 bool walk_into_tableau(LpEngine& lp) noexcept
 {
     std::fill_n(lp.x.first(), lp.n, 0.0);
-    if (!evalrows(lp, lp.rowvalue, lp.x)) return false;
     for (int i = 1; i <= lp.m + 1; ++i) lp.tableau[i][0] = lp.rowvalue[i];
 
     if (!copymatrix(*lp.control, lp.tableau.rows()) &&
@@ -208,6 +211,7 @@ EngineResult checkanswer(LpEngine& lp, EngineResult code) noexcept
 {
     if (lp.answerverified || code != ENGINE_OPTIMAL) return code;
     if (!evalrows(lp, lp.rowvalue, lp.x)) return ENGINE_EVALERROR;
+    lp.rowsarecurrent = true;
     if (!rows_agree(lp) || !objective_agrees(lp)) return ENGINE_MODELCHECK;
     lp.answerverified = true;
     return code;

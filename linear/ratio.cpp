@@ -75,14 +75,6 @@ int settle_ties(LpEngine& lp, double step, int c, bool rises) noexcept
     return winner;
 }
 
-// The row that leaves, or 0.
-int shortest_step(LpEngine& lp, double step, int c, bool rises) noexcept
-{
-    const int row = next_with(lp, step, 0);
-    if (row == 0 || next_with(lp, step, row) == 0) return row;
-    return settle_ties(lp, step, c, rises);
-}
-
 bool a_basic_sits_at_a_bound(const LpEngine& lp) noexcept
 {
     for (int i = 1; i <= lp.m; ++i) {
@@ -109,12 +101,12 @@ StepChoice ratiotest(LpEngine& lp, int c, int s) noexcept
     const bool rises = lp.column[s] > 0.0;
     const Vec<double> positive = rises ? lp.basiclower : lp.basicupper;
     const Vec<double> negative = rises ? lp.basicupper : lp.basiclower;
-    const double step =
+    const LeastStep least =
         ratio_steps(lp.steps.data(), lp.column.data(), lp.basicvalue.data(), positive.data(),
-                    negative.data(), lp.m, lp.pivottol, INFINITE_BOUND);
-    const int row = shortest_step(lp, step, c, rises);
+                    negative.data(), whole_lines(lp.m + 1), lp.pivottol, INFINITE_BOUND);
+    const int row = least.rows > 1 ? settle_ties(lp, least.step, c, rises) : least.row;
 
-    if (flips(lp, lp.collabel[c], row != 0 ? step : INFINITE_BOUND)) {
+    if (flips(lp, lp.collabel[c], row != 0 ? least.step : INFINITE_BOUND)) {
         lp.leavebound = lp.colstate[c] == AT_LOWER ? AT_UPPER : AT_LOWER;
         return {Step::flip, 0};
     }

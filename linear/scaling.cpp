@@ -16,6 +16,7 @@
 #include <bit>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "control/services.h"
 #include "linear/kernels.h"
@@ -44,8 +45,14 @@ int middle_exponent(const Magnitudes& range) noexcept
     return (exponentof(range.largest) + exponentof(range.smallest)) / 2;
 }
 
-// The exact power of two; the exponents of rows and columns stay within those of the numbers.
-double power_of_two(int exponent) noexcept { return shiftexponent(1.0, exponent); }
+// The exact power of two. The exponents of rows and columns lie well within those of the numbers,
+// or the probe would have met an overflow.
+double power_of_two(int exponent) noexcept
+{
+    const auto field =
+        static_cast<std::uint64_t>(std::clamp(exponent, -1022, 1023) + EXPONENT_BIAS);
+    return std::bit_cast<double>(field << FRACTION_BITS);
+}
 
 bool all_zero(Vec<const std::int32_t> exponents) noexcept
 {
@@ -84,11 +91,13 @@ void centre_rows_and_columns(LpEngine& lp) noexcept
     std::fill_n(largest.first(), lp.n, 0.0);
 
     for (int i = 1; i <= lp.m; ++i) {
-        const double* const row = lp.tableau[i];
-        const int middle = middle_exponent(magnitudes(row, lp.n, SMALLEST_ENTRY));
+        double* const row = lp.tableau[i];
+        const double constant = std::exchange(row[0], 0.0);  // right-hand sides don't count
+        const int middle = middle_exponent(magnitudes(row, lp.tableau.width(), SMALLEST_ENTRY));
         lp.rowexp[i] = middle;
-        widen_ranges(smallest.data(), largest.data(), row, power_of_two(-middle), lp.n,
-                     SMALLEST_ENTRY);
+        widen_ranges(smallest.data(), largest.data(), row, power_of_two(-middle),
+                     lp.tableau.width(), SMALLEST_ENTRY);
+        row[0] = constant;
     }
     for (int j = 1; j <= lp.n; ++j) lp.colexp[j] = -middle_exponent({smallest[j], largest[j]});
 }
@@ -151,10 +160,8 @@ void scaletableau(LpEngine& lp) noexcept
 {
     scale_costs(lp);
     for (int i = 1; i <= lp.m; ++i) {
-        double* const row = lp.tableau[i];
-        if (std::fabs(row[0]) < SMALLEST_ENTRY) row[0] = 0.0;
-        row[0] *= lp.rowdown[i];
-        scale_entries(row, lp.rowdown[i], lp.colup.data(), lp.n, SMALLEST_ENTRY);
+        scale_entries(lp.tableau[i], lp.rowdown[i], lp.colup.data(), lp.tableau.width(),
+                      SMALLEST_ENTRY);
     }
 }
 
@@ -166,8 +173,7 @@ namespace {
 // which an array block gives to every array.
 void multiply(Vec<double> values, double common, Vec<const double> factors) noexcept
 {
-    scale_values(values.data(), common, factors.data(), Matrix::width_of(values.size()),
-                 INFINITE_BOUND);
+    scale_values(values.data(), common, factors.data(), whole_lines(values.size()), INFINITE_BOUND);
 }
 
 }  // namespace

@@ -211,11 +211,11 @@ EngineResult run_phase(LpEngine& lp, int s) noexcept
         const int c = price(lp, s);
         if (c == 0) return ENGINE_OPTIMAL;
 
-        fetchcolumn(lp, c);
+        fetchcolumn(lp, last, c);
         const StepChoice choice = ratiotest(lp, c, s);
         if (choice.step == Step::none) return ENGINE_UNBOUNDED;
         if (choice.step == Step::flip) {
-            flipbound(lp, last, c);
+            flipbound(lp, c);
         } else {
             pivot(lp, last, choice.row, c);
             if (is_first) fixrow(lp, choice.row, c);
@@ -245,7 +245,7 @@ EngineResult drive_out(LpEngine& lp, int i) noexcept
 {
     const int c = largest_entry(lp, i);
     if (c == 0) return ENGINE_OPTIMAL;
-    fetchcolumn(lp, c);
+    fetchcolumn(lp, lp.m + 1, c);
     pivot(lp, lp.m + 1, i, c);
     fixrow(lp, i, c);
     return reportiterate(lp);
@@ -347,8 +347,7 @@ void rebuild_costs(LpEngine& lp, Vec<const double> cost) noexcept
 {
     double* const costs = lp.tableau[0];
     costs[0] = cost[0];
-    for (int j = 1; j <= lp.n; ++j)
-        costs[j] = lp.collabel[j] > lp.n ? 0.0 : -cost[lp.collabel[j]];
+    for (int j = 1; j <= lp.n; ++j) costs[j] = lp.collabel[j] > lp.n ? 0.0 : -cost[lp.collabel[j]];
 
     for (int i = 1; i <= lp.m; ++i) {
         if (lp.rowlabel[i] > lp.n) continue;

@@ -11,6 +11,11 @@
 
 namespace tarnwick {
 
+inline constexpr int LINE = 8;  // doubles of a cache line of 64 bytes
+
+// Elements of an array 0..n of doubles up to the end of its last cache line.
+inline int whole_lines(int n) noexcept { return (n + LINE) / LINE * LINE; }
+
 // A view of the elements 0..n of an array. The mathematics runs over 1..n; element 0 is idle, or
 // used as the engine's record says. Copy it freely, never store it beyond the owner's life.
 template <class T>
@@ -76,7 +81,7 @@ class Array {
 class Matrix {
   public:
     Matrix() noexcept = default;
-    Matrix(double** rows, int m, int n) noexcept : rows_(rows), m_(m), width_(width_of(n)) {}
+    Matrix(double** rows, int m, int n) noexcept : rows_(rows), m_(m), width_(whole_lines(n)) {}
 
     double* operator[](int i) const noexcept
     {
@@ -87,14 +92,12 @@ class Matrix {
     int width() const noexcept { return width_; }  // cells of a row, whole cache lines
     explicit operator bool() const noexcept { return rows_ != nullptr; }
 
-    static constexpr int LINE = 8;  // cells of a cache line
-    static int width_of(int n) noexcept { return (n + LINE) / LINE * LINE; }
     // Cells from one row to the next. A long row takes an odd number of lines, so that the cells of
     // a column spread over all sets of a cache.
     static int stride_of(int n) noexcept
     {
         constexpr int LONG = 16 * LINE;
-        const int width = width_of(n);
+        const int width = whole_lines(n);
         return width >= LONG && width / LINE % 2 == 0 ? width + LINE : width;
     }
 
@@ -110,7 +113,8 @@ class Matrix {
 //
 //     block.create([&](auto& layout) { layout(x, n); layout(basis, m); layout(tableau, m, n); })
 //
-// gives x the elements 0..n and basis the elements 0..m, all zero.
+// gives x the elements 0..n and basis the elements 0..m, all zero. Every array starts on a boundary of
+// 64 bytes and owns its last cache line whole.
 class ArrayBlock {
   public:
     class Layout {

@@ -10,8 +10,7 @@ const SafeArray* one_dimensional(const void* argument, std::uint32_t elementsize
     if (!reference || !*reference) return nullptr;
     const SafeArray* const array = *reference;
     const bool fits = array->dimensions == 1 && array->elementsize == elementsize &&
-                      array->bound.lowerbound == 0 &&
-                      (array->data || array->bound.elements == 0);
+                      array->bound.lowerbound == 0 && (array->data || array->bound.elements == 0);
     return fits ? array : nullptr;
 }
 

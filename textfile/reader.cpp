@@ -327,7 +327,7 @@ extern "C" std::int32_t TARNWICK_CALL lpread(Problem* lp, const char* filename,
 {
     set_float_control();
     if (is_null_handle(lp)) lp = nullptr;
-    if (lp && !is_handle(lp, READ_TITLE)) return 1;
+    if (lp && !is_idle(lp, READ_TITLE)) return 1;
     if (lp && !is_lp_family(lp->problemtype))
         return report(READ_NOT_SUPPORTED, READ_TITLE, "lpread not supported for NLP/NSPs");
     if (!filename || *filename == '\0')

@@ -170,7 +170,7 @@ TEST(LoadLp, a_null_name_is_an_empty_one)
     Problem* lp = loadlp(nullptr, 2, 3, 1, call.obj, call.rhs, call.sense, call.matbeg, call.matcnt,
                          call.matind, call.matval, call.lb, call.ub, nullptr, 0, 0, call.matnz);
     ASSERT_TRUE(lp);
-    EXPECT_STREQ(lp->name.data(), "");
+    EXPECT_STREQ(lp->name, "");
     EXPECT_EQ(unloadprob(&lp), 0);
 }
 
