@@ -63,9 +63,9 @@ void subtract_outer(double* const* rows, const double* factors, int first, int l
         const double factor = factors[i];
         if (factor == 0.0) continue;
         double* __restrict row = rows[i];
-        row[c] = 0.0;
         for (int line = 0; line < width; line += LINE)
             for (int j = line; j < line + LINE; ++j) row[j] -= factor * p[j];
+        row[c] = 0.0 - factor * p[c];
     }
 }
 

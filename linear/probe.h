@@ -19,7 +19,8 @@ bool buildsenses(LpEngine& lp) noexcept;
 // walk failed.
 bool readmatrix(LpEngine& lp) noexcept;
 
-// Holds the first optimum of a run against a fresh evaluation: the code to go on with.
+// Holds the first optimum of a run, and every claim that no point is feasible, against a fresh
+// evaluation: the code to go on with.
 EngineResult checkanswer(LpEngine& lp, EngineResult code) noexcept;
 
 // Adds a matrix entry to a tableau: the visiting operation of walkmatrix, with the tableau as its
