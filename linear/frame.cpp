@@ -33,7 +33,7 @@ LpEngine* create_engine(SolveControl* control) noexcept
 {
     void* const block = allocate_block(sizeof(LpEngine));
     if (!block) return nullptr;
-    auto* const lp = new (block) LpEngine{};
+    auto* const lp = new (block) LpEngine;
     lp->control = control;
     return lp;
 }

@@ -53,33 +53,33 @@ struct WaitingPivots {
 };
 
 struct LpEngine {
-    SolveControl* control;
+    SolveControl* control = nullptr;
 
     // Set up once.
-    int n, m;
-    LpMode mode;
-    bool maximize;
-    double tol;                  // relative, plus 1.0: linearity, consistency of the answer
-    Vec<double> start;           // n, the start point; scaled
-    Vec<double> grad;            // n, the costs; scaled
-    Vec<double> rowlower;        // m+1
-    Vec<double> rowupper;        // m+1
-    Vec<double> rhs;             // m+1, right-hand side of each row; scaled
-    bool colscaled, rowscaled;   // some exponent is not zero
-    Vec<std::int32_t> colexp;    // n, binary scale exponents
-    Vec<std::int32_t> rowexp;    // m+1, [0] and [m+1] are the objective's
+    int n = 0, m = 0;
+    LpMode mode = MODE_NONE;
+    bool maximize = false;
+    double tol = 0.0;      // relative, plus 1.0: linearity, consistency of the answer
+    Vec<double> start;     // n, the start point; scaled
+    Vec<double> grad;      // n, the costs; scaled
+    Vec<double> rowlower;  // m+1
+    Vec<double> rowupper;  // m+1
+    Vec<double> rhs;       // m+1, right-hand side of each row; scaled
+    bool colscaled = false, rowscaled = false;  // some exponent is not zero
+    Vec<std::int32_t> colexp;                   // n, binary scale exponents
+    Vec<std::int32_t> rowexp;                   // m+1, [0] and [m+1] are the objective's
     Vec<double> colup, coldown;  // n, two to the power of the exponent and of its negative
     Vec<double> rowup, rowdown;  // m+1, likewise
 
     // The point. Real units between solves, scaled during one.
-    Vec<double> x;             // n; before a solve it decides the side of a boxed variable
-    Vec<double> lower, upper;  // n, working bounds
-    Vec<double> iterate;       // n, the point handed to a report
-    Vec<double> rowvalue;      // m+1, rows at the point last evaluated
-    Vec<double> rowbase;       // m+1, rows at the start point
-    Vec<double> rowprobe;      // m+1, scratch
-    bool answerverified;       // the first optimum has been checked
-    bool rowsarecurrent;       // rowvalue holds the rows at x, in scaled units
+    Vec<double> x;                // n; before a solve it decides the side of a boxed variable
+    Vec<double> lower, upper;     // n, working bounds
+    Vec<double> iterate;          // n, the point handed to a report
+    Vec<double> rowvalue;         // m+1, rows at the point last evaluated
+    Vec<double> rowbase;          // m+1, rows at the start point
+    Vec<double> rowprobe;         // m+1, scratch
+    bool answerverified = false;  // the first optimum has been checked
+    bool rowsarecurrent = false;  // rowvalue holds the rows at x, in scaled units
 
     // One solve.
     Matrix tableau;                // rows 0..m+1, columns 0..n
@@ -88,18 +88,18 @@ struct LpEngine {
     Vec<std::int32_t> collabel;    // n
     Vec<std::int32_t> rowlabel;    // m
     Vec<std::int32_t> rowpending;  // m, 1 while the row's first logical is basic and undecided
-    std::int32_t leavebound;  // AT_LOWER or AT_UPPER: where the variable that moves comes to rest
-    int activecols;           // columns 1..activecols may enter
-    std::int32_t iterations;  // pivots and flips
-    double feastol;           // absolute, scaled units: what is left of the infeasibility
-    double opttol;            // absolute, scaled units: attractive costs
-    double pivottol;          // absolute, scaled units: smallest pivot
+    std::int32_t leavebound = 0;   // AT_LOWER or AT_UPPER: where what moves comes to rest
+    int activecols = 0;            // columns 1..activecols may enter
+    std::int32_t iterations = 0;   // pivots and flips
+    double feastol = 0.0;          // absolute, scaled units: what is left of the infeasibility
+    double opttol = 0.0;           // absolute, scaled units: attractive costs
+    double pivottol = 0.0;         // absolute, scaled units: smallest pivot
 
     // During a simplex run column 0 of the tableau is kept here, and the bounds of the basic
     // variables beside it, so that a step scans whole arrays instead of a column of the matrix.
     Vec<double> basicvalue;  // m+1, [0] the objective
-    Vec<double> basiclower;  // m
-    Vec<double> basicupper;  // m
+    Vec<double> basiclower;  // m+1, infinite where there is no row
+    Vec<double> basicupper;  // m+1, likewise
     Vec<double> column;      // m+1, the entering column, up to date
     Vec<double> steps;       // m+1, how far it can move for each row; NaN: the row sets no limit
     WaitingPivots waiting;
