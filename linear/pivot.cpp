@@ -42,7 +42,7 @@ double upperof(const LpEngine& lp, int label) noexcept
 
 int waitingcapacity(int m, int n) noexcept
 {
-    constexpr double CACHED_CELLS = 64.0 * 1024;    // updating at once is as fast up to here
+    constexpr double CACHED_CELLS = 4.0 * 1024;     // updating at once is as fast up to here
     constexpr double SHARED_CELLS = 2048.0 * 1024;  // beyond it main memory sets the pace
     const double cells = (m + 1.0) * (n + 1.0);
     if (cells <= CACHED_CELLS) return 0;
