@@ -1,0 +1,26 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "tools/parameters.h"
+#include "tools/report.h"
+
+namespace tarnwick::tool {
+
+enum class Command { solve, info, params };
+
+struct Arguments {
+    Command command = Command::solve;
+    std::string file;
+    std::vector<Setting> settings;
+    bool sensitivity = false, all = false, quiet = false;
+    Format format = Format::text;
+    std::string output;  // empty: standard output
+};
+
+// Reads the command line. Nothing: it asked for a text, which `answer` then holds. Throws Failure.
+std::optional<Arguments> parsed_arguments(int argc, char** argv, std::string& answer);
+
+}  // namespace tarnwick::tool

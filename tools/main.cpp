@@ -1,0 +1,110 @@
+// tarnwick: solves and describes models in text files. A client of the public interface.
+
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include <fmt/format.h>
+
+#include "tools/arguments.h"
+#include "tools/failure.h"
+#include "tools/messages.h"
+#include "tools/model.h"
+#include "tools/output.h"
+#include "tools/solve.h"
+#include "tools/statuses.h"
+
+namespace tarnwick::tool {
+
+namespace {
+
+void tell(const std::string& text) { std::fputs((text + '\n').c_str(), stderr); }
+
+bool set_to(const Model& model, std::int32_t number, std::int32_t value)
+{
+    std::int32_t current = 0;
+    getintparam(model.lp.get(), number, &current);
+    return current == value;
+}
+
+// This version's engine takes linear programs alone; the status says only that the run failed.
+void explain(const Model& model, const Solution& solution)
+{
+    const bool is_refused = solution.status == STAT_BADMODEL || solution.status == STAT_INTERNAL;
+    if (!is_refused || model.is_linear_program()) return;
+    const bool has_integers = model.integers > 0 && !set_to(model, PARAM_RELAXINT, 1);
+    tell(fmt::format("{}: this version solves linear programs in continuous variables, and the "
+                     "model has {}{}{}",
+                     model.file, has_integers ? "integer variables" : "",
+                     has_integers && model.has_quadratic ? " and " : "",
+                     model.has_quadratic ? "a quadratic objective" : ""));
+}
+
+int run_solve(const Arguments& arguments, Messages& messages)
+{
+    const Model model = read_model(arguments.file, messages);
+    if (model.numcols == 0)
+        throw Failure(fmt::format("{}: the model has no variables", arguments.file));
+    for (const Setting& setting : arguments.settings) apply(setting, model.lp.get());
+    Output output(arguments.output, arguments.file);
+
+    const Solution solution = solve(model, arguments.sensitivity, !arguments.quiet, messages);
+    explain(model, solution);
+    if (arguments.sensitivity && !model.is_linear_program())
+        tell(fmt::format("{}: ranges exist for linear programs alone", model.file));
+
+    Report report = arguments.quiet ? short_report(solution) : solution_report(model, solution);
+    if (arguments.all)
+        for (Table& table : report.tables) table.leaves_out_zeros = false;
+    output.write(written(report, arguments.format));
+    return is_optimum(solution.status) ? EXIT_OPTIMUM : EXIT_NO_OPTIMUM;
+}
+
+int run_info(const Arguments& arguments, Messages& messages)
+{
+    const Model model = read_model(arguments.file, messages);
+    Output(arguments.output, arguments.file).write(written(model_report(model), arguments.format));
+    return EXIT_OPTIMUM;
+}
+
+int run_params(const Arguments& arguments)
+{
+    Output(arguments.output, "").write(written(parameter_report(), arguments.format));
+    return EXIT_OPTIMUM;
+}
+
+int run(int argc, char** argv)
+{
+    std::string answer;
+    const auto arguments = parsed_arguments(argc, argv, answer);
+    if (!arguments) {
+        Output("", "").write(answer);
+        return EXIT_OPTIMUM;
+    }
+    Messages messages;
+    switch (arguments->command) {
+    case Command::solve: return run_solve(*arguments, messages);
+    case Command::info: return run_info(*arguments, messages);
+    case Command::params: return run_params(*arguments);
+    }
+    return EXIT_FAILED;
+}
+
+}  // namespace
+
+}  // namespace tarnwick::tool
+
+int main(int argc, char** argv)
+{
+    using namespace tarnwick::tool;
+    try {
+        return run(argc, argv);
+    } catch (const Failure& failure) {
+        std::fprintf(stderr, "%s\n", failure.what());
+    } catch (const std::bad_alloc&) {
+        std::fputs("tarnwick: not enough memory\n", stderr);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tarnwick: %s\n", error.what());
+    }
+    return EXIT_FAILED;
+}

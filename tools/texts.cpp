@@ -1,0 +1,86 @@
+#include "tools/texts.h"
+
+namespace tarnwick::tool {
+
+namespace {
+
+constexpr OptionText TOOL_OPTIONS[] = {OPTION_HELP, OPTION_VERSION};
+constexpr OptionText SOLVE_OPTIONS[] = {OPTION_SET,    OPTION_SENSITIVITY, OPTION_ALL, OPTION_QUIET,
+                                        OPTION_FORMAT, OPTION_OUTPUT,      OPTION_HELP};
+constexpr OptionText REPORT_OPTIONS[] = {OPTION_FORMAT, OPTION_OUTPUT, OPTION_HELP};
+
+constexpr CommandText TOOL = {
+    "", "COMMAND [OPTION]...", "solve linear programs from text files",
+    "Reads a model in the plain-text format of the tarnwick library, solves it or describes it, "
+    "and "
+    "writes a report. What is solved are linear programs in continuous variables; models with "
+    "integer variables or a quadratic objective can be read and described.",
+    TOOL_OPTIONS};
+
+constexpr CommandText SOLVE = {
+    "solve", "[OPTION]... FILE", "Solve the model in FILE.",
+    "Reports the sizes of the model, the status of the run, the objective, and for each variable "
+    "its "
+    "value and for each row its slack, the right-hand side minus the activity; at an optimum also "
+    "reduced costs and duals. On a terminal a line on standard error shows the progress. An "
+    "interrupt (Ctrl-C) stops the run and reports the best point so far; a second one ends the "
+    "tool "
+    "at once.",
+    SOLVE_OPTIONS};
+
+constexpr CommandText INFO = {"info", "[OPTION]... FILE", "Describe the model in FILE.",
+                              "Reports sizes and density, of the rows and of the quadratic matrix "
+                              "Q, and how many rows, bounds "
+                              "and variables there are of each kind.",
+                              REPORT_OPTIONS};
+
+constexpr CommandText PARAMS = {
+    "params", "[OPTION]...", "List the parameters.",
+    "Reports number, name, default, range and meaning of each parameter.", REPORT_OPTIONS};
+
+constexpr const CommandText* COMMANDS[] = {&SOLVE, &INFO, &PARAMS};
+
+constexpr ItemText EXITS[] = {
+    {"0", "An optimum: status 1, 101 or 102. For info and params, a report."                  },
+    {"1", "The run ended without a proved optimum. Status 65, converged, is one of these."    },
+    {"2",
+     "Bad usage, a file that can't be read or is no model, or a report that can't be written."},
+};
+
+constexpr ItemText FORMATS[] = {
+    {"text",
+     "For people. Tables show ten digits, and 0 for what is below 1e-10; a dash stands for what "
+     "does not exist."                                                },
+    {"csv",
+     "One record for each value, with the fields section, name, field and value, and a heading. "
+     "Infinite values are inf and -inf; what does not exist is empty."},
+    {"json",
+     "One object. The members model and result are objects; variables, rows, objective_ranges, "
+     "rhs_ranges and parameters are arrays of objects. What is infinite or does not exist is "
+     "null."                                                          },
+};
+
+constexpr ItemText EXAMPLES[] = {
+    {"tarnwick solve model.txt",                                     "Solve a model and show the solution." },
+    {"tarnwick solve model.txt --sensitivity --all",                 "The same, with ranges and every zero."},
+    {"tarnwick solve model.txt --set timelimit=60 --set SCALING=-1",
+     "Stop after a minute, and leave the model unscaled."                                                   },
+    {"tarnwick solve model.txt --format json --output result.json",
+     "Write the solution for another program."                                                              },
+    {"tarnwick info model.txt",                                      "Look at a model without solving it."  },
+};
+
+}  // namespace
+
+const CommandText& tool_text() { return TOOL; }
+const CommandText& solve_text() { return SOLVE; }
+const CommandText& info_text() { return INFO; }
+const CommandText& params_text() { return PARAMS; }
+std::span<const CommandText* const> command_texts() { return COMMANDS; }
+
+std::span<const ItemText> exit_texts() { return EXITS; }
+std::span<const ItemText> format_texts() { return FORMATS; }
+std::span<const ItemText> section_texts() { return SECTIONS; }
+std::span<const ItemText> example_texts() { return EXAMPLES; }
+
+}  // namespace tarnwick::tool
