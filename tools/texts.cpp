@@ -55,9 +55,27 @@ constexpr ItemText FORMATS[] = {
      "One record for each value, with the fields section, name, field and value, and a heading. "
      "Infinite values are inf and -inf; what does not exist is empty."},
     {"json",
-     "One object. The members model and result are objects; variables, rows, objective_ranges, "
-     "rhs_ranges and parameters are arrays of objects. What is infinite or does not exist is "
-     "null."                                                          },
+     "One object, with a member for each section: an object, or an array of objects with a name "
+     "each. What is infinite or does not exist is null."              },
+};
+
+constexpr ItemText SECTIONS[] = {
+    {"model",
+     "file, sense (minimise or maximise), rows, variables, nonzeros, integers, quadratic_nonzeros; "
+     "info adds density and quadratic_density."                        },
+    {"result",
+     "status, status_name, status_text, objective, iterations, seconds; with integer variables "
+     "nodes. The objective does not exist at a status without a point."},
+    {"variables", "By name, x1 and so on: value; at an optimum reduced_cost. Missing at a status "
+     "without a point, "
+                  "as is the next."                                                      },
+    {"rows",           "By name, c1 and so on: slack; at an optimum dual."    },
+    {"objective_ranges",           "By name, with --sensitivity at an optimum: coefficient, lower, upper."                                          },
+    {"rhs_ranges",           "By name, with --sensitivity at an optimum: rhs, lower, upper."          },
+    {"row_kinds",           "From info: less_or_equal, equal, greater_or_equal, empty."                                           },
+    {"bound_kinds",           "From info: none, lower, upper, both, fixed, crossed."        },
+    {"variable_kinds",           "From info: continuous, binary, integer, in_objective, without_row."                                        },
+    {"parameters",           "From params, by name: number, default, lowest, highest, meaning."            },
 };
 
 constexpr ItemText EXAMPLES[] = {
