@@ -105,10 +105,10 @@ bool bounds_in_order(const LpEngine& lp) noexcept
 EngineResult read_model(LpEngine& lp) noexcept
 {
     if (!create_arrays(lp)) return ENGINE_BADMODEL;
-    getbounds(lp.control, lp.lower.first(), lp.upper.first(), lp.rowlower.first(),
-              lp.rowupper.first());
-    getstart(lp.control, lp.start.first());
-    if (!classify(lp)) return ENGINE_BADMODEL;
+    const bool is_read = getbounds(lp.control, lp.lower.first(), lp.upper.first(),
+                                   lp.rowlower.first(), lp.rowupper.first()) != 0 &&
+                         getstart(lp.control, lp.start.first()) != 0;
+    if (!is_read || !classify(lp)) return ENGINE_BADMODEL;
     if (lp.n > MOST_COLUMNS) return ENGINE_BADMODEL;
     if (!bounds_in_order(lp)) return ENGINE_INFEASIBLE;
     return ENGINE_OPTIMAL;
@@ -244,13 +244,14 @@ namespace {
 void store_results(LpEngine& lp, const SolveRun& run) noexcept
 {
     reportprogress(lp.control, EVENT_FINAL, 0, 0.0);
-    if (lp.rowsarecurrent)  // the check of the answer has just evaluated this very point
+    const bool is_direct = (run.flags & RUN_DIRECT) != 0;
+    // The check of the answer has just evaluated this very point, unless a strategy has moved it.
+    if (lp.rowsarecurrent && is_direct)
         unscalerowvalues(lp, lp.rowvalue);
     else
         evalfunctions(lp.control, lp.rowvalue.first(), lp.x.first());
     reportprogress(lp.control, EVENT_FINAL_DONE, 0, 0.0);
 
-    const bool is_direct = (run.flags & RUN_DIRECT) != 0;
     if (run.result == ENGINE_OPTIMAL && is_direct) {
         finishlinear(lp);
         return;

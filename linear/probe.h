@@ -19,12 +19,11 @@ bool buildsenses(LpEngine& lp) noexcept;
 // walk failed.
 bool readmatrix(LpEngine& lp) noexcept;
 
-// Holds the first optimum of a run, and every claim that no point is feasible, against a fresh
-// evaluation: the code to go on with.
+// Holds the first optimum of a run against a fresh evaluation: the code to go on with.
 EngineResult checkanswer(LpEngine& lp, EngineResult code) noexcept;
 
-// Adds a matrix entry to a tableau: the visiting operation of walkmatrix, with the tableau as its
-// data. Rows and columns count from 0, row m being the objective. 0: no tableau.
+// Adds a matrix entry to a tableau: the visiting operation of walkmatrix, with the row pointers of
+// the tableau as its data. Rows and columns count from 0, row m being the objective. 0: no tableau.
 extern "C" std::int32_t TARNWICK_CALL visitmatrix(SolveControl* control, void* user,
                                                   std::int32_t row, std::int32_t column,
                                                   double value, void* data) noexcept;

@@ -210,7 +210,9 @@ void unscalegradient(const LpEngine& lp, Vec<double> values) noexcept
 
 void unscaleduals(const LpEngine& lp, Vec<double> values) noexcept
 {
-    if (lp.rowscaled) multiply(values, lp.rowup[0], lp.rowdown);
+    if (!lp.rowscaled) return;
+    for (int i = 1; i <= lp.m; ++i)
+        if (!(std::fabs(values[i]) >= INFINITE_BOUND)) values[i] *= lp.rowup[0] * lp.rowdown[i];
 }
 
 double scaleobjective(const LpEngine& lp, double value) noexcept

@@ -89,6 +89,7 @@ class Matrix {
         return rows_[i];
     }
     double* const* rows() const noexcept { return rows_; }
+    void* data() const noexcept { return rows_; }  // the row pointers, for a visit
     int width() const noexcept { return width_; }  // cells of a row, whole cache lines
     explicit operator bool() const noexcept { return rows_ != nullptr; }
 
