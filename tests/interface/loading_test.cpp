@@ -99,7 +99,7 @@ TEST(LoadLp, keeps_what_it_was_given)
     LpCall call;
     ASSERT_EQ(call.run(), 0);
     const Problem& lp = *call.lp;
-    EXPECT_STREQ(lp.name.data(), "test");
+    EXPECT_STREQ(lp.name, "test");
     EXPECT_EQ(lp.problemtype, PROB_LP);
     EXPECT_EQ(lp.matbeg, call.begins.data());
     EXPECT_EQ(lp.matnz, 4);
