@@ -26,7 +26,7 @@ Group row_group(const Model& model)
     const auto empty = std::count(is_used.begin(), is_used.begin() + model.numrows, false);
 
     return {
-        "rows",
+        "row_kinds",
         "Rows",
         {{"less_or_equal", "<=", count('L')},
           {"equal", "=", count('E')},
@@ -64,7 +64,7 @@ Group bound_group(const Model& model)
 {
     const BoundKinds kinds = count_bounds(model);
     return {
-        "bounds",
+        "bound_kinds",
         "Bounds of the variables",
         {{"none", "free", kinds.none},
           {"lower", "lower bound alone", kinds.lower},
@@ -84,7 +84,7 @@ Group variable_group(const Model& model)
         if (model.matrix.counts[j] == 0) ++without_row;
     }
     return {
-        "variables",
+        "variable_kinds",
         "Variables",
         {{"continuous", "continuous", std::int64_t{model.numcols - model.integers}},
           {"binary", "integer from 0 to 1", binary},

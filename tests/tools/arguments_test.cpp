@@ -1,0 +1,110 @@
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "tests/tools/toolrun.h"
+
+namespace tarnwick {
+
+namespace {
+
+struct LineCase {
+    const char* name;
+    const char* arguments;
+    int status;
+    const char* out;  // contained in what is written
+    const char* err;
+};
+
+constexpr const char OPTIMUM[] = "status     1 STAT_OPTIMAL optimum found\nobjective  800\n";
+constexpr const char ITERATION_LIMIT[] = "STAT_ITERLIM_";
+
+// clang-format off
+constexpr LineCase LINES[] = {
+    {"no command",                "",                                                2, "", "a command is needed"},
+    {"unknown command",           "slove production.txt",                            2, "", "slove"},
+    {"no file",                   "solve",                                           2, "", "FILE is required"},
+    {"two files",                 "solve production.txt afiro.txt",                  2, "", "afiro.txt"},
+    {"unknown option",            "solve --fast production.txt",                     2, "", "--fast"},
+    {"option of another command", "info --quiet production.txt",                     2, "", "--quiet"},
+    {"help",                      "--help",                                          0, "Exit status:", ""},
+    {"help of a command",         "solve --help",                                    0, "--set NAME=VALUE", ""},
+    {"version",                   "--version",                                       0, "tarnwick 1.", ""},
+    {"options behind the file",   "solve production.txt -q",                         0, OPTIMUM, ""},
+    {"file behind two hyphens",   "solve -q -- production.txt",                      0, OPTIMUM, ""},
+    {"unknown format",            "solve production.txt -f xml",                     2, "", "text, csv or json, not 'xml'"},
+    {"setting without a value",   "solve production.txt --set",                      2, "", "NAME=VALUE"},
+    {"setting without equals",    "solve production.txt --set FEASTOL",              2, "", "'FEASTOL' is not NAME=VALUE"},
+    {"setting without a name",    "solve production.txt --set =1",                   2, "", "is not NAME=VALUE"},
+    {"unknown parameter",         "solve production.txt --set SPEED=1",              2, "", "no parameter 'SPEED'"},
+    {"unknown number",            "solve production.txt --set 1021=1",               2, "", "no parameter '1021'"},
+    {"name with its prefix",      "solve production.txt -q -s PARAM_ITERLIMIT=0",    1, ITERATION_LIMIT, ""},
+    {"name in small letters",     "solve production.txt -q -s iterlimit=0",          1, ITERATION_LIMIT, ""},
+    {"parameter by number",       "solve production.txt -q -s 1020=0",               1, ITERATION_LIMIT, ""},
+    {"last value counts",         "solve production.txt -q -s iterlimit=0 -s iterlimit=9", 0, OPTIMUM, ""},
+    {"value above the range",     "solve production.txt -s FEASTOL=1e-3",            2, "", "PARAM_FEASTOL is a number from 1e-09 to 0.0001, not '1e-3'"},
+    {"value below the range",     "solve production.txt -s SCALING=-2",              2, "", "PARAM_SCALING is a whole number from -1 to 1, not '-2'"},
+    {"fraction for whole number", "solve production.txt -s ITERLIMIT=1.5",           2, "", "not '1.5'"},
+    {"value not a number",        "solve production.txt -s TIMELIMIT=nan",           2, "", "not 'nan'"},
+    {"number with a tail",        "solve production.txt -s TIMELIMIT=1s",            2, "", "not '1s'"},
+    {"parameter of the host's",   "solve production.txt -s OLEARRAYS=1",             2, "", "belongs to host programs"},
+    {"no such file",              "solve missing.txt",                               2, "", "missing.txt: No such file"},
+    {"directory",                 "solve .",                                         2, "", ".: is a directory"},
+    {"device",                    "solve /dev/zero",                                 2, "", "/dev/zero: is no regular file"},
+    {"output over the model",     "solve production.txt -o ./production.txt",        2, "", "would overwrite the model"},
+    {"output nowhere",            "solve production.txt -o /missing/report",         2, "", "/missing/report: No such file"},
+    {"output to a full disk",     "solve production.txt -o /dev/full",               2, "", "/dev/full: No space left"},
+    {"standard output full",      "solve production.txt >/dev/full",                 2, "", "standard output: No space left"},
+    {"info to a full disk",       "info production.txt -o /dev/full",                2, "", "/dev/full: No space left"},
+    {"help to a full disk",       "--help >/dev/full",                               2, "", "standard output: No space left"},
+};
+// clang-format on
+
+}  // namespace
+
+TEST(CommandLine, gives_each_line_its_status_and_its_texts)
+{
+    for (const auto& c : LINES) {
+        SCOPED_TRACE(c.name);
+        const ToolRun run = run_tool(c.arguments);
+        EXPECT_EQ(run.status, c.status);
+        EXPECT_NE(run.out.find(c.out), std::string::npos) << run.out;
+        EXPECT_NE(run.err.find(c.err), std::string::npos) << run.err;
+        EXPECT_EQ(run.err.empty(), c.status != 2) << run.err;
+        EXPECT_EQ(run.out.empty(), c.status == 2) << run.out;
+    }
+}
+
+TEST(CommandLine, manual_page_is_the_one_that_is_installed)
+{
+    EXPECT_EQ(run_tool("--print-man").out, content_of(TARNWICK_SOURCE_DIR "/docs/tarnwick.1"))
+        << "print it anew with: tarnwick --print-man >docs/tarnwick.1";
+}
+
+// The page has a row for each parameter: | number | `name` | default | lowest | highest | ...
+TEST(CommandLine, params_lists_every_parameter_of_the_documentation)
+{
+    const std::string page = content_of(TARNWICK_SOURCE_DIR "/docs/parameters.md");
+    const std::string listed = run_tool("params --format csv").out;
+    const std::regex row("\\| (\\d+) \\| `(\\w+)` \\| (\\S+) \\| (\\S+) \\| (\\S+) \\|");
+
+    int count = 0;
+    for (std::sregex_iterator match(page.begin(), page.end(), row), end; match != end; ++match) {
+        ++count;
+        const std::string name = (*match)[2];
+        SCOPED_TRACE(name);
+        const auto expect_field = [&](const char* field, const std::string& value) {
+            const std::string start = "parameters," + name + ',' + field + ',';
+            const std::size_t at = listed.find(start);
+            ASSERT_NE(at, std::string::npos) << field;
+            EXPECT_EQ(std::stod(listed.substr(at + start.size())), std::stod(value)) << field;
+        };
+        expect_field("number", (*match)[1]);
+        expect_field("default", (*match)[3]);
+        expect_field("lowest", (*match)[4]);
+        expect_field("highest", (*match)[5]);
+    }
+    EXPECT_EQ(count, 32);
+}
+
+}  // namespace tarnwick

@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <sstream>
+
+#include "tests/tools/jsontext.h"
+#include "tests/tools/toolrun.h"
+
+namespace tarnwick {
+
+namespace {
+
+// section and field, then the values by name, of a report in CSV.
+using Fields = std::map<std::string, std::map<std::string, double>>;
+
+Fields numbers_of(const std::string& csv)
+{
+    Fields fields;
+    std::istringstream in(csv);
+    for (std::string line; std::getline(in, line);) {
+        std::istringstream record(line);
+        std::string section, name, field, value;
+        std::getline(record, section, ',');
+        std::getline(record, name, ',');
+        std::getline(record, field, ',');
+        std::getline(record, value);
+        fields[section + '.' + field][name] = std::strtod(value.c_str(), nullptr);
+    }
+    return fields;
+}
+
+double sum_of_products(const std::map<std::string, double>& a,
+                       const std::map<std::string, double>& b)
+{
+    double sum = 0.0;
+    for (const auto& [name, value] : a) sum += value * b.at(name);
+    return sum;
+}
+
+struct Example {
+    const char* file;
+    double optimum;
+    std::size_t variables, rows;
+};
+
+// The collection's optima; the brewery's is found by hand where corn and hops are used up.
+constexpr Example EXAMPLES[] = {
+    {"afiro.txt",      -464.753142857, 32, 27},
+    {"sc50a.txt",      -64.5750770586, 48, 50},
+    {"blend.txt",      -30.8121498458, 83, 74},
+    {"production.txt", 800.0,          2,  3 },
+};
+
+constexpr const char INFEASIBLE[] =
+    "Minimize\n x1\nSubject To\n c1: x1 >= 5\nBounds\n 0 <= x1 <= 4\nEnd\n";
+constexpr const char INTEGER[] =
+    "Maximize\n x1\nSubject To\n c1: 2 x1 <= 5\nBounds\n 0 <= x1 <= 4\nIntegers\n x1\nEnd\n";
+constexpr const char QUADRATIC[] =
+    "Minimize\n x1 + [ x1^2 ]\nSubject To\n c1: x1 >= -5\nBounds\n -4 <= x1 <= 4\nEnd\n";
+
+}  // namespace
+
+// A reduced cost that is not 0 belongs to a variable at a bound, so its value stands for the bound:
+// the dual objective is the sum of dual times right-hand side and of reduced cost times value.
+TEST(Report, every_example_has_its_optimum_and_the_duals_to_prove_it)
+{
+    for (const auto& c : EXAMPLES) {
+        SCOPED_TRACE(c.file);
+        const ToolRun run = run_tool(std::string("solve --sensitivity -f csv ") + c.file);
+        EXPECT_EQ(run.status, 0) << run.err;
+        Fields fields = numbers_of(run.out);
+        EXPECT_EQ(fields["result.status"][""], 1);
+        EXPECT_NEAR(fields["result.objective"][""], c.optimum, 1e-6 * std::fabs(c.optimum));
+        ASSERT_EQ(fields["variables.reduced_cost"].size(), c.variables);
+        ASSERT_EQ(fields["rows.dual"].size(), c.rows);
+        EXPECT_NEAR(
+            sum_of_products(fields["rows.dual"], fields["rhs_ranges.rhs"]) +
+                sum_of_products(fields["variables.reduced_cost"], fields["variables.value"]),
+            c.optimum, 1e-6 * std::fabs(c.optimum));
+    }
+}
+
+// Corn and hops are used up: 5 x1 + 15 x2 = 480 and 4 x1 + 4 x2 = 160. The costs may move until the
+// slope of the objective is that of one of the two.
+TEST(Report, ranges_and_values_of_the_brewery_are_those_found_by_hand)
+{
+    struct {
+        const char *field, *name;
+        double value;
+    } const cases[] = {
+        {"variables.value",        "x1", 12 },
+        {"variables.value",        "x2", 28 },
+        {"rows.dual",              "c1", 1  },
+        {"rows.dual",              "c2", 2  },
+        {"rows.slack",             "c3", 210},
+        {"objective_ranges.upper", "x1", 23 },
+        {"objective_ranges.lower", "x2", 13 },
+        {"objective_ranges.upper", "x2", 39 },
+        {"rhs_ranges.upper",       "c1", 600},
+        {"rhs_ranges.lower",       "c3", 980},
+    };
+    Fields fields = numbers_of(run_tool("solve production.txt --sensitivity -f csv").out);
+    for (const auto& c : cases) EXPECT_NEAR(fields[c.field][c.name], c.value, 1e-9) << c.field;
+    EXPECT_EQ(fields["rhs_ranges.upper"]["c3"], INFINITY);
+}
+
+TEST(Report, json_is_valid_whatever_has_no_number)
+{
+    const Scratch scratch;
+    const std::string infeasible = scratch.write("model.txt", INFEASIBLE);
+    const std::string awkward = scratch.write("\"quote\\ \t\n\xff\xc3\xa4.txt", INFEASIBLE);
+    struct {
+        const char* name;
+        std::string arguments;
+        const char* member;
+    } const cases[] = {
+        {"optimum with ranges",     "solve afiro.txt --sensitivity",      "\"status\": 1"                                },
+        {"infinite range",          "solve production.txt --sensitivity", "\"upper\": null}"                             },
+        {"no point",                "solve " + infeasible,                "\"objective\": null"                          },
+        {"no more than the status", "solve -q " + infeasible,             "\"status\": 2"                                },
+        {"awkward name",            "solve '" + awkward + '\'',
+         "\\\"quote\\\\ \\u0009\\u000a\\ufffd\xc3\xa4.txt\""                                                             },
+        {"description",             "info afiro.txt",                     "\"nonzeros\": 83"                             },
+        {"parameters",              "params",                             "\"name\": \"PARAM_FEASTOL\", \"number\": 1016"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        const std::string out = run_tool(c.arguments + " --format json").out;
+        EXPECT_TRUE(JsonText(out).is_valid()) << out;
+        EXPECT_NE(out.find(c.member), std::string::npos) << out;
+    }
+}
+
+TEST(Report, csv_puts_a_name_with_commas_and_quotes_into_quotes)
+{
+    const Scratch scratch;
+    const std::string file = scratch.write("a,\"b\".txt", INFEASIBLE);
+    const std::string out = run_tool("solve -f csv '" + file + '\'').out;
+    EXPECT_NE(out.find("a,\"\"b\"\".txt\"\nmodel,,sense"), std::string::npos) << out;
+}
+
+TEST(Report, text_leaves_out_zeros_and_says_how_many)
+{
+    const std::string some = run_tool("solve afiro.txt").out;
+    const std::string all = run_tool("solve afiro.txt --all").out;
+    const std::string few = run_tool("solve production.txt").out;
+    EXPECT_EQ(some.find("\n  x6 "), std::string::npos);
+    EXPECT_NE(some.find(" of 32, which hold zeros alone (--all lists them)"), std::string::npos);
+    EXPECT_NE(all.find("\n  x6 "), std::string::npos);
+    EXPECT_EQ(all.find("left out"), std::string::npos);
+    EXPECT_NE(few.find("\n  c3      210     0\n"), std::string::npos) << few;
+}
+
+TEST(Report, output_goes_to_the_file_as_it_would_go_to_the_terminal)
+{
+    const Scratch scratch;
+    const std::string file = scratch.path("report");
+    const ToolRun run = run_tool("info production.txt --output " + file);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(content_of(file), run_tool("info production.txt").out);
+}
+
+// The relaxed model is a linear program, with 2.5 for its optimum.
+TEST(Report, what_this_version_cannot_solve_is_told_apart)
+{
+    const Scratch scratch;
+    const std::string integer = scratch.write("integer.txt", INTEGER);
+    const ToolRun refused = run_tool("solve " + integer);
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find("the model has integer variables\n"), std::string::npos);
+    const ToolRun quadratic = run_tool("solve " + scratch.write("quadratic.txt", QUADRATIC));
+    EXPECT_EQ(quadratic.status, 1);
+    EXPECT_NE(quadratic.err.find("the model has a quadratic objective\n"), std::string::npos);
+    const ToolRun relaxed = run_tool("solve --quiet --set relaxint=1 " + integer);
+    EXPECT_EQ(relaxed.status, 0);
+    EXPECT_NE(relaxed.out.find("objective  2.5\n"), std::string::npos) << relaxed.out;
+}
+
+// The program that the documentation shows is the one among the examples.
+TEST(Report, readme_shows_the_example_as_it_is)
+{
+    const std::string readme = content_of(TARNWICK_SOURCE_DIR "/README.md");
+    for (const char* file : {"production.c", "production.txt"})
+        EXPECT_NE(
+            readme.find(content_of(std::string(TARNWICK_SOURCE_DIR "/examples/") + file) + "```\n"),
+            std::string::npos)
+            << file;
+}
+
+}  // namespace tarnwick
