@@ -189,8 +189,8 @@ void subtract_listed(LpEngine& lp, const double* factors, int first, int last, c
         const double factor = factors[i];
         if (factor == 0.0) continue;
         double* const row = lp.tableau[i];
-        row[c] = 0.0;
         for (int k = 0; k < entries; ++k) row[list[k]] -= p[list[k]] * factor;
+        row[c] = 0.0 - p[c] * factor;
     }
 }
 
