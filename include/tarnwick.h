@@ -58,6 +58,7 @@ enum {
 
 /* The status of a model, as solution() gives it. FEAS and INFEAS tell whether the run that was cut
  * short held a feasible point (with integer variables: an integer solution). */
+/* clang-format off */
 enum {
     STAT_NONE = 0,                 /* no run has ended yet */
     STAT_OPTIMAL = 1,              /* optimum found */
@@ -87,6 +88,7 @@ enum {
     STAT_INTERNAL = 202,           /* internal failure */
     STAT_UNKNOWN = 203             /* unknown outcome */
 };
+/* clang-format on */
 
 /* Integer parameters: number, default, range in setintparam's comment and docs/parameters.md. */
 enum {
@@ -130,13 +132,13 @@ enum {
 
 /* What getcallbackinfo gives. */
 enum {
-    CB_OBJECTIVE = 1,        /* double: current objective */
-    CB_INFEASIBILITY = 3,    /* double: infeasibility last reported */
-    CB_FEASIBLE = 5,         /* int32_t: 1 when that is at most PARAM_FEASTOL */
-    CB_ITERATIONS = 7,       /* int32_t: iterations of the current subproblem */
-    CB_BESTINTEGER = 8,      /* double: objective of the best integer solution */
-    CB_NODES = 10,           /* int32_t: nodes so far */
-    CB_TOTALITERATIONS = 12  /* int32_t: iterations of the finished subproblems */
+    CB_OBJECTIVE = 1,       /* double: current objective */
+    CB_INFEASIBILITY = 3,   /* double: infeasibility last reported */
+    CB_FEASIBLE = 5,        /* int32_t: 1 when that is at most PARAM_FEASTOL */
+    CB_ITERATIONS = 7,      /* int32_t: iterations of the current subproblem */
+    CB_BESTINTEGER = 8,     /* double: objective of the best integer solution */
+    CB_NODES = 10,          /* int32_t: nodes so far */
+    CB_TOTALITERATIONS = 12 /* int32_t: iterations of the finished subproblems */
 };
 
 /* -------------------------------------------------------------------------------- callbacks --- */
