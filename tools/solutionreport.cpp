@@ -55,6 +55,17 @@ Table table_of(const char* key, const char* title, char letter,
     return table;
 }
 
+const char* title_of(Point point)
+{
+    switch (point) {
+    case Point::infeasible: return "Variables, at a point that is not feasible";
+    case Point::doubtful: return "Variables, at a point that failed a check";
+    case Point::none:
+    case Point::feasible: break;
+    }
+    return "Variables";
+}
+
 void add_tables(Report& report, const Model& model, const Solution& solution)
 {
     const auto add = [&report](Table table, bool leaves_out_zeros) {
@@ -62,9 +73,7 @@ void add_tables(Report& report, const Model& model, const Solution& solution)
         table.leaves_out_zeros = leaves_out_zeros;
         report.tables.push_back(std::move(table));
     };
-    const bool is_feasible = status_of(solution.status).point == Point::feasible;
-    const char* const title =
-        is_feasible ? "Variables" : "Variables, at a point that is not feasible";
+    const char* const title = title_of(status_of(solution.status).point);
     add(table_of("variables", title, 'x',
                  {
                      {{"value", "value"},               solution.x           },

@@ -31,7 +31,7 @@ constexpr Status STATUSES[] = {
     {STAT_MIP_NODELIM_INFEAS, "STAT_MIP_NODELIM_INFEAS", "node limit, no integer solution so far",    Point::infeasible},
     {STAT_MIP_TIMELIM_FEAS,   "STAT_MIP_TIMELIM_FEAS",   "time limit, with an integer solution",      Point::feasible},
     {STAT_MIP_TIMELIM_INFEAS, "STAT_MIP_TIMELIM_INFEAS", "time limit, no integer solution so far",    Point::infeasible},
-    {STAT_MODELCHECK,         "STAT_MODELCHECK",         "the model or the answer failed a check",    Point::none},
+    {STAT_MODELCHECK,         "STAT_MODELCHECK",         "the model or the answer failed a check",    Point::doubtful},
     {STAT_BADMODEL,           "STAT_BADMODEL",           "the model can't be set up for solving",     Point::none},
     {STAT_INTERNAL,           "STAT_INTERNAL",           "internal failure",                          Point::none},
 };

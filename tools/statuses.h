@@ -6,7 +6,7 @@
 namespace tarnwick::tool {
 
 // What a status says about the point that solution() gives.
-enum class Point { none, infeasible, feasible };
+enum class Point { none, infeasible, doubtful, feasible };
 
 struct Status {
     std::int32_t number;

@@ -40,53 +40,48 @@ constexpr CommandText PARAMS = {
 
 constexpr const CommandText* COMMANDS[] = {&SOLVE, &INFO, &PARAMS};
 
+// clang-format off
 constexpr ItemText EXITS[] = {
-    {"0", "An optimum: status 1, 101 or 102. For info and params, a report."                  },
-    {"1", "The run ended without a proved optimum. Status 65, converged, is one of these."    },
-    {"2",
-     "Bad usage, a file that can't be read or is no model, or a report that can't be written."},
+    {"0", "An optimum: status 1, 101 or 102. For info and params, a report."},
+    {"1", "The run ended without a proved optimum. Status 65, converged, is one of these."},
+    {"2", "Bad usage, a file that can't be read or is no model, or a report that can't be written."},
 };
 
 constexpr ItemText FORMATS[] = {
-    {"text",
-     "For people. Tables show ten digits, and 0 for what is below 1e-10; a dash stands for what "
-     "does not exist."                                                },
-    {"csv",
-     "One record for each value, with the fields section, name, field and value, and a heading. "
-     "Infinite values are inf and -inf; what does not exist is empty."},
-    {"json",
-     "One object, with a member for each section: an object, or an array of objects with a name "
-     "each. What is infinite or does not exist is null."              },
+    {"text", "For people. Tables show ten digits, and 0 for what is below 1e-10; a dash stands for what "
+             "does not exist."},
+    {"csv",  "One record for each value, with the fields section, name, field and value, and a heading. "
+             "Infinite values are inf and -inf; what does not exist is empty."},
+    {"json", "One object, with a member for each section: an object, or an array of objects with a name "
+             "each. What is infinite or does not exist is null."},
 };
 
 constexpr ItemText SECTIONS[] = {
-    {"model",
-     "file, sense (minimise or maximise), rows, variables, nonzeros, integers, quadratic_nonzeros; "
-     "info adds density and quadratic_density."                        },
-    {"result",
-     "status, status_name, status_text, objective, iterations, seconds; with integer variables "
-     "nodes. The objective does not exist at a status without a point."},
-    {"variables", "By name, x1 and so on: value; at an optimum reduced_cost. Missing at a status "
-     "without a point, "
-                  "as is the next."                                                      },
-    {"rows",           "By name, c1 and so on: slack; at an optimum dual."    },
-    {"objective_ranges",           "By name, with --sensitivity at an optimum: coefficient, lower, upper."                                          },
-    {"rhs_ranges",           "By name, with --sensitivity at an optimum: rhs, lower, upper."          },
-    {"row_kinds",           "From info: less_or_equal, equal, greater_or_equal, empty."                                           },
-    {"bound_kinds",           "From info: none, lower, upper, both, fixed, crossed."        },
-    {"variable_kinds",           "From info: continuous, binary, integer, in_objective, without_row."                                        },
-    {"parameters",           "From params, by name: number, default, lowest, highest, meaning."            },
+    {"model",            "file, sense (minimise or maximise), rows, variables, nonzeros, integers, "
+                         "quadratic_nonzeros; info adds density and quadratic_density."},
+    {"result",           "status, status_name, status_text, objective, iterations, seconds; with integer "
+                         "variables nodes. The objective does not exist at a status without a point."},
+    {"variables",        "By name, x1 and so on: value; at an optimum reduced_cost. Missing at a status "
+                         "without a point, as is the next."},
+    {"rows",             "By name, c1 and so on: slack; at an optimum dual."},
+    {"objective_ranges", "By name, with --sensitivity at an optimum: coefficient, lower, upper."},
+    {"rhs_ranges",       "By name, with --sensitivity at an optimum: rhs, lower, upper."},
+    {"row_kinds",        "From info: less_or_equal, equal, greater_or_equal, empty."},
+    {"bound_kinds",      "From info: none, lower, upper, both, fixed, crossed."},
+    {"variable_kinds",   "From info: continuous, binary, integer, in_objective, without_row."},
+    {"parameters",       "From params, by name: number, default, lowest, highest, meaning."},
 };
 
 constexpr ItemText EXAMPLES[] = {
-    {"tarnwick solve model.txt",                                     "Solve a model and show the solution." },
-    {"tarnwick solve model.txt --sensitivity --all",                 "The same, with ranges and every zero."},
+    {"tarnwick solve model.txt", "Solve a model and show the solution."},
+    {"tarnwick solve model.txt --sensitivity --all", "The same, with ranges and every zero."},
     {"tarnwick solve model.txt --set timelimit=60 --set SCALING=-1",
-     "Stop after a minute, and leave the model unscaled."                                                   },
+     "Stop after a minute, and leave the model unscaled."},
     {"tarnwick solve model.txt --format json --output result.json",
-     "Write the solution for another program."                                                              },
-    {"tarnwick info model.txt",                                      "Look at a model without solving it."  },
+     "Write the solution for another program."},
+    {"tarnwick info model.txt", "Look at a model without solving it."},
 };
+// clang-format on
 
 }  // namespace
 
