@@ -28,6 +28,9 @@ namespace tarnwick {
 
 namespace {
 
+// Nobody wants to read a dual of -0.
+double negative(double value) noexcept { return 0.0 - value; }
+
 // ---- columns
 
 bool rests_at_lower(const LpEngine& lp, int label) noexcept
@@ -64,7 +67,7 @@ void range_nonbasic_cost(LpEngine& lp, int j, int label) noexcept
     const bool at_lower = rests_at_lower(lp, label);
     lp.objdown[label] = at_lower ? std::fabs(cost) : INFINITE_BOUND;
     lp.objup[label] = at_lower ? INFINITE_BOUND : std::fabs(cost);
-    lp.dj[label] = -cost;
+    lp.dj[label] = negative(cost);
 }
 
 void analyse_columns(LpEngine& lp) noexcept
@@ -79,7 +82,7 @@ void analyse_columns(LpEngine& lp) noexcept
 
     for (int j = 1; j <= lp.n; ++j) {
         std::swap(lp.objup[j], lp.objdown[j]);
-        lp.dj[j] = -lp.dj[j];
+        lp.dj[j] = negative(lp.dj[j]);
     }
 }
 
@@ -119,10 +122,8 @@ void shrink_room_by_row(LpEngine& lp, int r) noexcept
 void range_binding_row(LpEngine& lp, int k, int j) noexcept
 {
     const RowSense sense = lp.senses[k];
-    double dual = -lp.tableau[0][j];
-    if (sense.sense == '<') dual = -dual;
-    if (sense.flips % 2 != 0) dual = -dual;
-    lp.pi[k] = dual;
+    const bool is_mirrored = (sense.sense == '<') != (sense.flips % 2 != 0);
+    lp.pi[k] = is_mirrored ? lp.tableau[0][j] : negative(lp.tableau[0][j]);
 
     if (sense.sense == '<')
         store_row_range(lp, k, lp.fall[j], lp.rise[j]);
@@ -142,7 +143,7 @@ void analyse_rows(LpEngine& lp) noexcept
         if (lp.collabel[j] > lp.n) range_binding_row(lp, lp.collabel[j] - lp.n, j);
 
     if (lp.maximize)
-        for (int k = 1; k <= lp.m; ++k) lp.pi[k] = -lp.pi[k];
+        for (int k = 1; k <= lp.m; ++k) lp.pi[k] = negative(lp.pi[k]);
 }
 
 // ---- storing
