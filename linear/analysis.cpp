@@ -123,7 +123,7 @@ void range_binding_row(LpEngine& lp, int k, int j) noexcept
 {
     const RowSense sense = lp.senses[k];
     const bool is_mirrored = (sense.sense == '<') != (sense.flips % 2 != 0);
-    lp.pi[k] = is_mirrored ? lp.tableau[0][j] : negative(lp.tableau[0][j]);
+    lp.pi[k] = is_mirrored ? 0.0 + lp.tableau[0][j] : negative(lp.tableau[0][j]);
 
     if (sense.sense == '<')
         store_row_range(lp, k, lp.fall[j], lp.rise[j]);
