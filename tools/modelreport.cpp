@@ -25,14 +25,12 @@ Group row_group(const Model& model)
         is_used[static_cast<std::size_t>(model.matrix.indices[static_cast<std::size_t>(k)])] = true;
     const auto empty = std::count(is_used.begin(), is_used.begin() + model.numrows, false);
 
-    return {
-        "row_kinds",
-        "Rows",
-        {{"less_or_equal", "<=", count('L')},
-          {"equal", "=", count('E')},
-          {"greater_or_equal", ">=", count('G')},
-          {"empty", "empty", std::int64_t{empty}}}
-    };
+    Group group{"row_kinds", "Rows", {}};
+    group.add("less_or_equal", "<=", count('L'));
+    group.add("equal", "=", count('E'));
+    group.add("greater_or_equal", ">=", count('G'));
+    group.add("empty", "empty", std::int64_t{empty});
+    return group;
 }
 
 // The bounds of a variable fall into one of these.
@@ -63,16 +61,14 @@ BoundKinds count_bounds(const Model& model)
 Group bound_group(const Model& model)
 {
     const BoundKinds kinds = count_bounds(model);
-    return {
-        "bound_kinds",
-        "Bounds of the variables",
-        {{"none", "free", kinds.none},
-          {"lower", "lower bound alone", kinds.lower},
-          {"upper", "upper bound alone", kinds.upper},
-          {"both", "both bounds", kinds.both},
-          {"fixed", "fixed", kinds.fixed},
-          {"crossed", "lower above upper", kinds.crossed}}
-    };
+    Group group{"bound_kinds", "Bounds of the variables", {}};
+    group.add("none", "free", kinds.none);
+    group.add("lower", "lower bound alone", kinds.lower);
+    group.add("upper", "upper bound alone", kinds.upper);
+    group.add("both", "both bounds", kinds.both);
+    group.add("fixed", "fixed", kinds.fixed);
+    group.add("crossed", "lower above upper", kinds.crossed);
+    return group;
 }
 
 Group variable_group(const Model& model)
@@ -83,46 +79,39 @@ Group variable_group(const Model& model)
         if (model.obj[j] != 0.0 || model.quadratic.counts[j] > 0) ++in_objective;
         if (model.matrix.counts[j] == 0) ++without_row;
     }
-    return {
-        "variable_kinds",
-        "Variables",
-        {{"continuous", "continuous", std::int64_t{model.numcols - model.integers}},
-          {"binary", "integer from 0 to 1", binary},
-          {"integer", "other integers", std::int64_t{model.integers - binary}},
-          {"in_objective", "in the objective", in_objective},
-          {"without_row", "in no row", without_row}}
-    };
+    Group group{"variable_kinds", "Variables", {}};
+    group.add("continuous", "continuous", std::int64_t{model.numcols - model.integers});
+    group.add("binary", "integer from 0 to 1", binary);
+    group.add("integer", "other integers", std::int64_t{model.integers - binary});
+    group.add("in_objective", "in the objective", in_objective);
+    group.add("without_row", "in no row", without_row);
+    return group;
 }
 
 }  // namespace
 
 Group size_group(const Model& model)
 {
-    Group group{
-        "model",
-        "Model",
-        {{"file", "file", model.file},
-          {"sense", "sense", std::string(model.objsen == 1 ? "minimise" : "maximise")},
-          {"rows", "rows", std::int64_t{model.numrows}},
-          {"variables", "variables", std::int64_t{model.numcols}},
-          {"nonzeros", "nonzeros", std::int64_t{model.matrix.entries}},
-          {"integers", "integer variables", std::int64_t{model.integers}},
-          {"quadratic_nonzeros", "nonzeros of Q", std::int64_t{model.quadratic.entries}}}
-    };
+    Group group{"model", "Model", {}};
+    group.add("file", "file", model.file);
+    group.add("sense", "sense", std::string(model.objsen == 1 ? "minimise" : "maximise"));
+    group.add("rows", "rows", std::int64_t{model.numrows});
+    group.add("variables", "variables", std::int64_t{model.numcols});
+    group.add("nonzeros", "nonzeros", std::int64_t{model.matrix.entries});
+    group.add("integers", "integer variables", std::int64_t{model.integers});
+    group.add("quadratic_nonzeros", "nonzeros of Q", std::int64_t{model.quadratic.entries});
     return group;
 }
 
 Report model_report(const Model& model)
 {
+    const std::int32_t rows = model.numrows, cols = model.numcols;
     Group sizes = size_group(model);
-    sizes.facts.push_back(
-        {"density", "density", density(model.matrix.entries, model.numrows, model.numcols)});
-    sizes.facts.push_back({"quadratic_density", "density of Q",
-                           density(model.quadratic.entries, model.numcols, model.numcols)});
-    return {
-        {std::move(sizes),    row_group(model), bound_group(model), variable_group(model)},
-        {          }
-    };
+    sizes.add("density", "density", density(model.matrix.entries, rows, cols));
+    sizes.add("quadratic_density", "density of Q", density(model.quadratic.entries, cols, cols));
+    Report report;
+    report.groups = {sizes, row_group(model), bound_group(model), variable_group(model)};
+    return report;
 }
 
 }  // namespace tarnwick::tool

@@ -163,31 +163,25 @@ void apply(const Setting& setting, Problem* lp)
 
 Report parameter_report()
 {
-    Table table{
-        "parameters",
-        "Parameters",
-        {{"number", "number"},
-          {"default", "default"},
-          {"lowest", "lowest"},
-          {"highest", "highest"},
-          {"meaning", "meaning"}},
-        {}
-    };
+    Table table{"parameters", "Parameters", {}, {}};
+    for (const char* field : {"number", "default", "lowest", "highest", "meaning"})
+        table.columns.push_back({field, field});
+
     for (const Parameter& parameter : PARAMETERS) {
-        auto& row = table.rows.emplace_back();
-        row = {std::string(parameter.name), std::int64_t{parameter.number}};
-        const auto add_range = [&row](const auto& range) {
-            for (const auto value : {range.initial, range.lowest, range.highest}) {
-                if constexpr (std::is_same_v<decltype(value), const std::int32_t>)
-                    row.emplace_back(std::int64_t{value});
-                else
-                    row.emplace_back(value);
-            }
-        };
-        std::visit(add_range, range_of(parameter.number));
+        std::vector<Cell> row = {std::string(parameter.name), std::int64_t{parameter.number}};
+        const auto range = range_of(parameter.number);
+        if (const auto* whole = std::get_if<IntRange>(&range))
+            for (const std::int64_t value : {whole->initial, whole->lowest, whole->highest})
+                row.emplace_back(value);
+        if (const auto* real = std::get_if<DoubleRange>(&range))
+            for (const double value : {real->initial, real->lowest, real->highest})
+                row.emplace_back(value);
         row.emplace_back(std::string(parameter.meaning));
+        table.rows.push_back(std::move(row));
     }
-    return {{}, {std::move(table)}};
+    Report report;
+    report.tables.push_back(std::move(table));
+    return report;
 }
 
 }  // namespace tarnwick::tool

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <utility>
 #include <variant>
 #include <vector>
 
@@ -22,6 +23,11 @@ struct Group {
     std::string key;
     std::string title;  // empty: in text, the facts stand without a heading
     std::vector<Fact> facts;
+
+    void add(const char* fact, const char* label, Cell value)
+    {
+        facts.push_back({fact, label, std::move(value)});
+    }
 };
 
 struct Column {

@@ -19,40 +19,33 @@ double with_infinities(double value)
     return value <= -INFINITE_BOUND ? -INFINITE : value;
 }
 
-std::vector<Fact> outcome_facts(const Solution& solution)
+Group outcome(const char* title, const Solution& solution)
 {
     const Status status = status_of(solution.status);
-    std::vector<Fact> facts = {
-        {"status",      "status", std::int64_t{status.number}},
-        {"status_name", "",       std::string(status.name)   },
-        {"status_text", "",       fmt::format("{}",            status.text)},
-        {"objective",             "objective",           {}              },
-    };
-    if (status.point != Point::none) facts.back().value = solution.objective;
-    return facts;
+    Group group{"result", title, {}};
+    group.add("status", "status", std::int64_t{status.number});
+    group.add("status_name", "", std::string(status.name));
+    group.add("status_text", "", std::string(status.text));
+    const bool has_point = status.point != Point::none;
+    group.add("objective", "objective", has_point ? Cell(solution.objective) : Cell());
+    return group;
 }
 
-// A column of a table beside the array that it shows; columns without one are left out.
-struct ShownColumn {
-    Column column;
-    const std::vector<double>& values;
-};
-
-// Rows are named by the letter and their number from 1.
-Table table_of(const char* key, const char* title, char letter,
-               const std::vector<ShownColumn>& shown)
+// A table whose rows are named by the letter and their number from 1.
+Table named_rows(const char* key, const char* title, char letter, std::size_t count)
 {
     Table table{key, title, {}, {}};
-    for (const auto& [column, values] : shown) {
-        if (values.empty()) continue;
-        if (table.rows.empty())
-            for (std::size_t k = 0; k < values.size(); ++k)
-                table.rows.push_back({fmt::format("{}{}", letter, k + 1)});
-        for (std::size_t k = 0; k < values.size(); ++k)
-            table.rows[k].emplace_back(with_infinities(values[k]));
-        table.columns.push_back(column);
-    }
+    for (std::size_t k = 1; k <= count; ++k) table.rows.push_back({fmt::format("{}{}", letter, k)});
     return table;
+}
+
+// Nothing, if the values do not exist.
+void add_column(Table& table, const Column& column, const std::vector<double>& values)
+{
+    if (values.empty()) return;
+    table.columns.push_back(column);
+    for (std::size_t k = 0; k < table.rows.size(); ++k)
+        table.rows[k].emplace_back(with_infinities(values[k]));
 }
 
 const char* title_of(Point point)
@@ -66,69 +59,71 @@ const char* title_of(Point point)
     return "Variables";
 }
 
+Table variable_table(const Solution& solution)
+{
+    const char* const title = title_of(status_of(solution.status).point);
+    Table table = named_rows("variables", title, 'x', solution.x.size());
+    add_column(table, {"value", "value"}, solution.x);
+    add_column(table, {"reduced_cost", "reduced cost"}, solution.reduced_cost);
+    table.leaves_out_zeros = true;
+    return table;
+}
+
+Table row_table(const Solution& solution)
+{
+    Table table = named_rows("rows", "Rows", 'c', solution.slack.size());
+    add_column(table, {"slack", "slack"}, solution.slack);
+    add_column(table, {"dual", "dual"}, solution.dual);
+    table.leaves_out_zeros = true;
+    return table;
+}
+
+// Each range beside the number that it belongs to.
+Table range_table(Table table, const Column& column, const std::vector<double>& values,
+                  const Ranges& ranges)
+{
+    add_column(table, column, values);
+    add_column(table, {"lower", "lower", true}, ranges.lower);
+    add_column(table, {"upper", "upper", true}, ranges.upper);
+    return table;
+}
+
 void add_tables(Report& report, const Model& model, const Solution& solution)
 {
-    const auto add = [&report](Table table, bool leaves_out_zeros) {
-        if (table.rows.empty()) return;
-        table.leaves_out_zeros = leaves_out_zeros;
-        report.tables.push_back(std::move(table));
+    const auto add = [&report](Table table) {
+        if (!table.rows.empty()) report.tables.push_back(std::move(table));
     };
-    const char* const title = title_of(status_of(solution.status).point);
-    add(table_of("variables", title, 'x',
-                 {
-                     {{"value", "value"},               solution.x           },
-                     {{"reduced_cost", "reduced cost"}, solution.reduced_cost}
-    }),
-        true);
-    add(table_of("rows", "Rows", 'c',
-                 {
-                     {{"slack", "slack"}, solution.slack},
-                     {{"dual", "dual"},   solution.dual }
-    }),
-        true);
+    const Ranges &costs = solution.objective_ranges, &rhs = solution.rhs_ranges;
+    const auto cost_rows = named_rows("objective_ranges", "Ranges of the objective coefficients",
+                                      'x', costs.lower.size());
+    const auto rhs_rows =
+        named_rows("rhs_ranges", "Ranges of the right-hand sides", 'c', rhs.lower.size());
 
-    const std::vector<double> costs(model.obj.begin(), model.obj.begin() + model.numcols);
-    const std::vector<double> rhs(model.rhs.begin(), model.rhs.begin() + model.numrows);
-    const Ranges &c = solution.objective_ranges, &b = solution.rhs_ranges;
-    if (!c.lower.empty())
-        add(table_of("objective_ranges", "Ranges of the objective coefficients", 'x',
-                     {
-                         {{"coefficient", "coefficient"}, costs  },
-                         {{"lower", "lower", true},       c.lower},
-                         {{"upper", "upper", true},       c.upper}
-        }),
-            false);
-    if (!b.lower.empty())
-        add(table_of("rhs_ranges", "Ranges of the right-hand sides", 'c',
-                     {
-                         {{"rhs", "right-hand side"}, rhs    },
-                         {{"lower", "lower", true},   b.lower},
-                         {{"upper", "upper", true},   b.upper}
-        }),
-            false);
+    add(variable_table(solution));
+    add(row_table(solution));
+    add(range_table(cost_rows, {"coefficient", "coefficient"}, model.obj, costs));
+    add(range_table(rhs_rows, {"rhs", "right-hand side"}, model.rhs, rhs));
 }
 
 }  // namespace
 
 Report short_report(const Solution& solution)
 {
-    return {{{"result", "", outcome_facts(solution)}}, {}};
+    Report report;
+    report.groups.push_back(outcome("", solution));
+    return report;
 }
 
 Report solution_report(const Model& model, const Solution& solution)
 {
-    Group result{"result", "Result", outcome_facts(solution)};
-    result.facts.push_back({"iterations", "iterations", solution.iterations});
-    if (model.integers > 0)
-        result.facts.push_back({"nodes", "nodes", std::int64_t{solution.nodes}});
     constexpr double PER_SECOND = 1e4;  // finer than this, times tell nothing
-    result.facts.push_back(
-        {"seconds", "seconds", std::round(solution.seconds * PER_SECOND) / PER_SECOND});
+    Group result = outcome("Result", solution);
+    result.add("iterations", "iterations", solution.iterations);
+    if (model.integers > 0) result.add("nodes", "nodes", std::int64_t{solution.nodes});
+    result.add("seconds", "seconds", std::round(solution.seconds * PER_SECOND) / PER_SECOND);
 
-    Report report{
-        {size_group(model), std::move(result)},
-        {                 }
-    };
+    Report report;
+    report.groups = {size_group(model), result};
     add_tables(report, model, solution);
     return report;
 }
