@@ -1,0 +1,143 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+#include "tests/support/verifier.h"
+
+namespace tarnwick {
+namespace {
+
+struct Range {
+    double lower, upper;
+};
+
+struct AnalysisCase {
+    const char* name;
+    LinearModel model;
+    Reals x, dj, pi;
+    std::vector<Range> costs, sides;  // of each column's cost and of each right-hand side
+};
+
+// clang-format off
+const AnalysisCase ANALYSIS_CASES[] = {
+    {"minimise, binding >",         {{{{1}, 'G', 2}}, {1}},                     {2}, {0},  {1},  {{0, INF}},  {{0, INF}}},
+    {"maximise, binding <",         {{{{1}, 'L', 2}}, {1}, {}, {}, -1},         {2}, {0},  {1},  {{0, INF}},  {{0, INF}}},
+    {"maximise, binding >",         {{{{1}, 'G', 2}}, {-1}, {}, {}, -1},        {2}, {0},  {-1}, {{-INF, 0}}, {{0, INF}}},
+    {"minimise, binding <",         {{{{1}, 'L', 2}}, {-3}},                    {2}, {0},  {-3}, {{-INF, 0}}, {{0, INF}}},
+    {"a row that was turned",       {{{{-1}, 'L', -2}}, {1}},                   {2}, {0},  {-1}, {{0, INF}},  {{-INF, 0}}},
+    {"held by a bound further up",  {{{{1}, 'L', 2}}, {-3}, {0}, {6}},          {2}, {0},  {-3}, {{-INF, 0}}, {{0, 6}}},
+    {"at the lower bound",          {{{{1}, 'L', 9}}, {1}},                     {0}, {1},  {0},  {{0, INF}},  {{0, INF}}},
+    {"at the upper bound",          {{{{1}, 'L', 9}}, {-1}, {0}, {5}},          {5}, {-1}, {0},  {{-INF, 0}}, {{5, INF}}},
+    {"at the upper bound, maximise", {{{{1}, 'L', 9}}, {1}, {0}, {5}, -1},      {5}, {1},  {0},  {{0, INF}},  {{5, INF}}},
+    {"a > row that doesn't bind",   {{{{1}, 'G', 2}}, {-1}, {0}, {5}},          {5}, {-1}, {0},  {{-INF, 0}}, {{-INF, 5}}},
+    {"the same, turned",            {{{{1}, 'G', -3}}, {1}},                    {0}, {1},  {0},  {{0, INF}},  {{-INF, 0}}},
+    {"a free variable at zero",     {{{{1}, 'L', 5}}, {0}, {-INF}, {INF}},      {0}, {0},  {0},  {{-INF, 0}}, {{0, INF}}},
+    {"an equation",                 {{{{1, 1}, 'E', 3}}, {1, 2}},               {3, 0}, {0, 1}, {1},  {{-INF, 2}, {1, INF}},  {{0, INF}}},
+    {"a turned equation, maximise", {{{{-1, -1}, 'E', -3}}, {-1, -2}, {}, {}, -1}, {3, 0}, {0, -1}, {1}, {{-2, INF}, {-INF, -1}}, {{-INF, 0}}},
+    {"a degenerate basic variable", {{{{1}, 'L', 2}, {{1}, 'L', 2}}, {-1}},     {2}, {0},  {0, -1}, {{-INF, 0}}, {{2, INF}, {0, 2}}},
+};
+// clang-format on
+
+void expect_number(double got, double want, const char* what)
+{
+    EXPECT_NEAR(got, want, 1e-12 * (1.0 + std::fabs(want))) << what;
+}
+
+TEST(Analysis, gives_duals_and_ranges)
+{
+    for (const auto& c : ANALYSIS_CASES) {
+        SCOPED_TRACE(c.name);
+        const Answer answer = solve(c.model);
+        expect_optimal(c.model, answer);
+        for (std::size_t j = 0; j < c.x.size(); ++j) {
+            expect_number(answer.x[j], c.x[j], "x");
+            expect_number(answer.dj[j], c.dj[j], "reduced cost");
+            expect_number(answer.objlower[j], c.costs[j].lower, "lowest cost");
+            expect_number(answer.objupper[j], c.costs[j].upper, "highest cost");
+        }
+        for (std::size_t i = 0; i < c.pi.size(); ++i) {
+            expect_number(answer.piout[i], c.pi[i], "dual");
+            expect_number(answer.rhslower[i], c.sides[i].lower, "lowest right-hand side");
+            expect_number(answer.rhsupper[i], c.sides[i].upper, "highest right-hand side");
+        }
+    }
+}
+
+// ---- ranges, by solving again
+
+// A model without ties, so that its ranges end exactly where the basis changes.
+LinearModel model_without_ties(unsigned seed)
+{
+    LinearModel model = solvable_model(seed, {.rows = 6, .cols = 9, .boxed = 0.8, .free = 0.1});
+    double shift = 0.1 * seed;
+    for (double& cost : model.obj) cost += std::sin(++shift);
+    for (Row& row : model.rows)
+        row.rhs += (row.sense == 'G' ? -1.0 : 1.0) * std::fabs(std::sin(++shift));
+    return model;
+}
+
+// The optimum as a minimisation; infinite when there is none, which can only be worse for a moved
+// right-hand side and better for a moved cost.
+double optimum(const LinearModel& model)
+{
+    const LoadedModel loaded(model);
+    setdblparam(loaded.lp, PARAM_OPTTOL, 1e-9);  // costs close to the end of a range count too
+    const Answer answer = solve(loaded.lp);
+    if (answer.status != STAT_OPTIMAL) return answer.status == STAT_UNBOUNDED ? -INF : INF;
+    return answer.objval * model.objsen;
+}
+
+// Inside its range the number moves the optimum along a straight line of the given slope; outside
+// the optimum leaves the line, downwards for a cost and upwards for a right-hand side. All as a
+// minimisation. Gives how many ends were looked at.
+int expect_range(const LinearModel& model, double& number, Range range, double slope, bool is_cost)
+{
+    const double old = number, base = optimum(model);
+    int ends = 0;
+    for (const double end : {range.lower, range.upper}) {
+        const bool open = std::fabs(end) > 0.5 * INF;
+        const double inside = open ? 1000.0 * (end > 0.0 ? 1.0 : -1.0) : 0.999 * (end - old);
+        number = old + inside;
+        EXPECT_NEAR(optimum(model), base + slope * inside,
+                    1e-6 * (1.0 + std::fabs(base + slope * inside)));
+        if (open) continue;
+        ++ends;
+        const double outside = 1.05 * (end - old) + (end > old ? 0.01 : -0.01);
+        number = old + outside;
+        const double leaves = optimum(model) - (base + slope * outside);
+        EXPECT_GT(is_cost ? -leaves : leaves, 1e-9);
+    }
+    number = old;
+    return ends;
+}
+
+TEST(Analysis, ranges_end_where_the_basis_changes)
+{
+    int ends = 0;
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        SCOPED_TRACE("seed " + std::to_string(seed));
+        LinearModel model = model_without_ties(seed);
+        const Answer answer = solve(model);
+        if (answer.status != STAT_OPTIMAL) continue;
+        expect_optimal(model, answer);
+        const double sense = model.objsen;
+        for (std::size_t j = 0; j < model.numcols(); ++j) {
+            SCOPED_TRACE("column " + std::to_string(j));
+            LinearModel moved = model;
+            ends += expect_range(moved, moved.obj[j], {answer.objlower[j], answer.objupper[j]},
+                                 answer.x[j] * sense, true);
+        }
+        for (std::size_t i = 0; i < model.numrows(); ++i) {
+            SCOPED_TRACE("row " + std::to_string(i));
+            LinearModel moved = model;
+            ends += expect_range(moved, moved.rows[i].rhs, {answer.rhslower[i], answer.rhsupper[i]},
+                                 answer.piout[i] * sense, false);
+        }
+        if (HasFailure()) return;
+    }
+    EXPECT_GE(ends, 400);
+}
+
+}  // namespace
+}  // namespace tarnwick

@@ -1,0 +1,273 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "interface/problem.h"
+#include "linear/probe.h"
+#include "tests/support/enginerun.h"
+#include "tests/support/verifier.h"
+
+namespace tarnwick {
+namespace {
+
+constexpr double INFINITE = std::numeric_limits<double>::infinity();
+constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
+
+// clang-format off
+const LinearModel SMALL{{{{1, 2, 1}, 'L', 8}, {{2, -1, 1}, 'G', 1}, {{1, 1, 3}, 'E', 6}},
+                        {-1, 2, 1}, {0, 1, -5}, {5, 6, 7}};
+const LinearModel ONE_ROW{{{{1}, 'L', 3}}, {-1}};
+const LinearModel TINY_PIVOT{{{{1, 1e-7}, 'E', 1}}, {0, -1}, {0, 0}, {INF, 1e9}};  // less than PARAM_PIVOTTOL
+const LinearModel TWO_ROWS{{{{1}, 'L', 3}, {{2}, 'L', 9}}, {1}, {}, {}, -1};
+const LinearModel TWO_COLUMNS{{{{1, 1}, 'L', 5}}, {-1, -2}, {0, 0}, {9, 9}};
+const LinearModel CONTRADICTION{{{{1}, 'G', 2}, {{1}, 'L', 1}, {{1}, 'E', 5}}, {-1}, {-INF}, {INF}, -1};
+// clang-format on
+
+// ---- what can't be a number
+
+// All numbers of a model.
+std::vector<double*> numbers_of(LinearModel& model)
+{
+    std::vector<double*> numbers;
+    for (Reals* array : {&model.obj, &model.lb, &model.ub})
+        for (double& number : *array) numbers.push_back(&number);
+    for (Row& row : model.rows) {
+        numbers.push_back(&row.rhs);
+        for (double& number : row.a) numbers.push_back(&number);
+    }
+    return numbers;
+}
+
+TEST(Probing, finds_no_optimum_where_a_number_is_none)
+{
+    const double values[] = {NONE, INFINITE, -INFINITE, 1e308, -1e308, 1e-308};
+    LinearModel model = SMALL;
+    const auto numbers = numbers_of(model);
+    for (std::size_t k = 0; k < numbers.size(); ++k)
+        for (const double value : values)
+            for (const auto layout : {MatrixLayout::sparse, MatrixLayout::dense}) {
+                SCOPED_TRACE("number " + std::to_string(k) + " is " + std::to_string(value));
+                const double old = std::exchange(*numbers[k], value);
+                const LoadedModel loaded(model, layout);
+                setintparam(loaded.lp, PARAM_ITERLIMIT, 1000);
+                const Answer answer = solve(loaded.lp);
+                EXPECT_NE(answer.status, STAT_NONE);
+                EXPECT_FALSE(std::isnan(value) && answer.status == STAT_OPTIMAL);
+                if (answer.status == STAT_OPTIMAL) expect_optimal(model, answer);
+                *numbers[k] = old;
+            }
+}
+
+// ---- the matrix
+
+TEST(Reading, adds_what_comes_twice_and_passes_over_rows_that_do_not_exist)
+{
+    const LoadedModel loaded(SMALL);
+    loaded.lp->matind[1] = 0;  // column 1: 1 + 2 in the first row, nothing in the second
+    loaded.lp->matind[5] = 3;  // column 2: its last entry names no row
+    LinearModel meant = SMALL;
+    meant.rows[0].a[0] = 3.0;
+    meant.rows[1].a[0] = 0.0;
+    meant.rows[2].a[1] = 0.0;
+    expect_optimal(meant, solve(loaded.lp));
+
+    EngineRun engine(loaded.lp);
+    const LpEngine& lp = engine.record();
+    for (int i = 1; i <= 3; ++i)
+        for (int j = 1; j <= 3; ++j) {
+            const auto row = static_cast<std::size_t>(i - 1),
+                       column = static_cast<std::size_t>(j - 1);
+            const int exponent = lp.rowexp[i] - lp.colexp[j];
+            EXPECT_EQ(std::ldexp(lp.tableau[i][j], exponent), meant.rows[row].a[column]);
+        }
+}
+
+TEST(Reading, stops_without_a_tableau)
+{
+    EXPECT_EQ(visitmatrix(nullptr, nullptr, 0, 0, 1.0, nullptr), 0);
+}
+
+// ---- rows
+
+struct SenseCase {
+    const char* name;
+    double lower, upper;
+    char sense;  // 0: refused
+    double rhs;
+};
+
+// clang-format off
+const SenseCase SENSE_CASES[] = {
+    {"equal bounds",               3,     3,        '=', 3},
+    {"equal at infinity",          1e30,  1e30,     '=', 1e30},
+    {"a lower bound",              3,     1e30,     '>', 3},
+    {"a lower bound, beyond",      -1e29, 1e300,    '>', -1e29},
+    {"an upper bound",             -1e30, 3,        '<', 3},
+    {"an upper bound, infinity",   -INFINITE, 1e29, '<', 1e29},
+    {"two bounds",                 1,     2,        0,   0},
+    {"two bounds, out of order",   2,     1,        0,   0},
+    {"no bound",                   -1e30, 1e30,     0,   0},
+    {"no lower number",            NONE,  3,        0,   0},
+    {"no upper number",            3,     NONE,     0,   0},
+};
+// clang-format on
+
+TEST(Senses, come_from_the_bounds_of_the_row)
+{
+    const LoadedModel loaded(TWO_ROWS);
+    EngineRun engine(loaded.lp);
+    LpEngine& lp = engine.record();
+    for (const auto& c : SENSE_CASES) {
+        SCOPED_TRACE(c.name);
+        lp.rowlower[1] = c.lower;
+        lp.rowupper[1] = c.upper;
+        EXPECT_EQ(buildsenses(lp), c.sense != 0);
+        if (c.sense == 0) continue;
+        EXPECT_EQ(lp.senses[1].sense, c.sense);
+        EXPECT_EQ(lp.rhs[1], c.rhs);
+    }
+}
+
+TEST(Senses, of_ranged_rows_stop_the_set_up)
+{
+    const double widths[] = {2.0, 0.0, -2.0};
+    for (const double width : widths) {
+        SCOPED_TRACE(width);
+        const LoadedModel loaded(TWO_COLUMNS);
+        double ranges[] = {width};
+        loaded.lp->rowrange = ranges;
+        loaded.lp->sense[0] = 'R';
+        optimize(loaded.lp);
+        EXPECT_EQ(loaded.lp->status, width == 0.0 ? STAT_OPTIMAL : STAT_BADMODEL);
+    }
+}
+
+// ---- modes and sizes
+
+TEST(Probing, sees_through_the_declared_type)
+{
+    const struct {
+        const char* name;
+        Reals q;
+        LpMode mode;
+    } CASES[] = {
+        {"no entry",               {0, 0, 0, 0},     MODE_LINEAR   },
+        {"a square",               {1, 0, 0, 0},     MODE_QUADRATIC},
+        {"entries that cancel",    {1, -1, -1, 1},   MODE_QUADRATIC},
+        {"a square of small size", {1e-12, 0, 0, 0}, MODE_QUADRATIC},
+        {"beyond all numbers",     {1e307, 0, 0, 0}, MODE_NONE     },
+        {"no number",              {NONE, 0, 0, 0},  MODE_NONE     },
+    };
+    for (const auto& c : CASES) {
+        SCOPED_TRACE(c.name);
+        const LoadedModel loaded(TWO_COLUMNS);
+        Reals q = c.q, start{0, 0};
+        loaded.lp->problemtype = PROB_QP;
+        loaded.lp->qmatval = q.data();
+        loaded.lp->var = start.data();
+        EngineRun engine(loaded.lp);
+        EXPECT_EQ(engine.record().mode, c.mode);
+    }
+}
+
+TEST(SetUp, counts_elastic_columns_against_the_limit)
+{
+    LinearModel model{{}, {1}};
+    for (int i = 0; i < 1999; ++i) model.rows.push_back({{1}, 'L', 1.0});
+    for (const bool one_more : {false, true}) {
+        if (one_more) model.rows.push_back({{1}, 'L', 1.0});
+        const LoadedModel loaded(model);
+        loaded.lp->control.elasticmode = 1;
+        EngineRun engine(loaded.lp);
+        EXPECT_EQ(engine.ready, one_more ? 0 : 1);
+        EXPECT_EQ(engine.run.result, one_more ? ENGINE_BADMODEL : ENGINE_OPTIMAL);
+    }
+}
+
+TEST(SetUp, solves_an_elastic_model_for_its_least_violation)
+{
+    for (const auto layout : {MatrixLayout::sparse, MatrixLayout::dense}) {
+        const LoadedModel loaded(CONTRADICTION, layout);
+        loaded.lp->control.elasticmode = 1;
+        EngineRun engine(loaded.lp, RUN_REPEATED);
+        ASSERT_EQ(engine.ready, 1);
+        EXPECT_EQ(engine.run.numvars, 5);
+        EXPECT_EQ(engine.solve(), ENGINE_OPTIMAL);
+        EXPECT_EQ(engine.run.objective, 4.0) << "x = 5 violates the second row alone";
+
+        engine.run.ub[2] = 0.0;  // the second row holds
+        EXPECT_EQ(engine.solve(), ENGINE_OPTIMAL);
+        EXPECT_EQ(engine.run.objective, 5.0);
+        engine.run.ub[1] = 0.0;  // and the first
+        EXPECT_EQ(engine.solve(), ENGINE_INFEASIBLE);
+    }
+}
+
+// ---- the check of the answer
+
+TEST(AnswerCheck, notices_a_model_that_is_not_what_was_read)
+{
+    const struct {
+        const char* name;
+        void (*change)(Problem&);
+        EngineResult result;
+    } CASES[] = {
+        {"unchanged",             [](Problem&) {},                        ENGINE_OPTIMAL   },
+        {"a binding row",         [](Problem& p) { p.matval[0] += 0.1; }, ENGINE_MODELCHECK},
+        {"a row that is free",    [](Problem& p) { p.matval[1] += 0.1; }, ENGINE_MODELCHECK},
+        {"a cost",                [](Problem& p) { p.obj[0] += 0.1; },    ENGINE_MODELCHECK},
+        {"a number that is none", [](Problem& p) { p.matval[1] = NONE; }, ENGINE_MODELCHECK},
+        {"within the tolerance",  [](Problem& p) { p.obj[0] += 1e-10; },  ENGINE_OPTIMAL   },
+    };
+    for (const auto& c : CASES) {
+        SCOPED_TRACE(c.name);
+        const LoadedModel loaded(TWO_ROWS);
+        EngineRun engine(loaded.lp, RUN_REPEATED);
+        c.change(*loaded.lp);
+        EXPECT_EQ(engine.solve(), c.result);
+        EXPECT_EQ(engine.solved, c.result == ENGINE_OPTIMAL ? 1 : 0);
+
+        loaded.lp->obj[0] += 1.0;  // only the first optimum is checked
+        EXPECT_EQ(engine.solve(), c.result);
+    }
+}
+
+TEST(AnswerCheck, rejects_a_point_that_a_small_pivot_has_let_pass)
+{
+    const LoadedModel loaded(TINY_PIVOT);
+    setintparam(loaded.lp, PARAM_SCALING, -1);
+    EXPECT_EQ(solve(loaded.lp).status, STAT_MODELCHECK);
+    expect_optimal(TINY_PIVOT, solve(TINY_PIVOT));
+}
+
+TEST(AnswerCheck, failed_still_stores_the_point)
+{
+    const LoadedModel loaded(ONE_ROW);
+    EngineRun engine(loaded.lp);
+    loaded.lp->obj[0] = -2.0;
+    EXPECT_EQ(engine.solve(), ENGINE_MODELCHECK);
+    lpfinish(engine.run);
+    EXPECT_EQ(loaded.lp->x[0], 3.0);
+    EXPECT_EQ(loaded.lp->objval, -6.0);
+    EXPECT_EQ(loaded.lp->slack[0], 0.0);
+}
+
+TEST(Finish, stores_what_belongs_to_the_point_a_strategy_has_left)
+{
+    const LoadedModel loaded(ONE_ROW);
+    {
+        EngineRun engine(loaded.lp, RUN_REPEATED);
+        EXPECT_EQ(engine.solve(), ENGINE_OPTIMAL);
+        engine.run.x[0] = 1.0;
+    }
+    EXPECT_EQ(loaded.lp->x[0], 1.0);
+    EXPECT_EQ(loaded.lp->objval, -1.0);
+    EXPECT_EQ(loaded.lp->slack[0], 2.0);
+}
+
+}  // namespace
+}  // namespace tarnwick
