@@ -1,0 +1,69 @@
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <utility>
+
+#include "platform/array.h"
+#include "tests/support/memory.h"
+
+namespace tarnwick {
+namespace {
+
+TEST(Arrays, keep_what_they_had_when_memory_runs_out)
+{
+    const long alive = blocks_alive();
+    {
+        Array<std::int32_t> array;
+        EXPECT_TRUE(array.create(0));
+        EXPECT_FALSE(array) << "no elements need no block";
+        ASSERT_TRUE(array.create(3));
+        for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(std::exchange(array[k], 7), 0);
+
+        allow_allocations(0);
+        EXPECT_FALSE(array.create(5));
+        allow_all_allocations();
+        EXPECT_EQ(array[2], 7);
+
+        Array<std::int32_t> other = std::move(array);
+        EXPECT_EQ(other[2], 7);
+        EXPECT_FALSE(array);  // NOLINT(bugprone-use-after-move): it is empty, not unspecified
+        ASSERT_TRUE(other.create(4));
+        EXPECT_EQ(other[2], 0) << "replaced by zeros";
+    }
+    EXPECT_EQ(blocks_alive(), alive);
+}
+
+TEST(ArrayBlocks, give_every_array_zeros_and_a_line_of_its_own)
+{
+    Vec<double> x;
+    Vec<std::int32_t> labels;
+    Matrix matrix;
+    ArrayBlock block;
+    const auto list = [&](auto& layout) {
+        layout(x, 9);
+        layout(labels, 0);
+        layout(matrix, 2, 16);
+    };
+    allow_allocations(0);
+    EXPECT_FALSE(block.create(list));
+    EXPECT_FALSE(x);
+    allow_allocations(1);
+    ASSERT_TRUE(block.create(list)) << "all of it in one request";
+    allow_all_allocations();
+
+    const auto on_a_line = [](const void* p) {
+        return reinterpret_cast<std::uintptr_t>(p) % 64 == 0;
+    };
+    EXPECT_TRUE(on_a_line(x.data()) && on_a_line(labels.data()));
+    EXPECT_EQ(x.size(), 9);
+    EXPECT_EQ(matrix.width(), 24) << "columns 0 to 16 and the rest of the last line";
+    for (int i = 0; i <= 2; ++i) {
+        EXPECT_TRUE(on_a_line(matrix[i]));
+        for (int j = 0; j < matrix.width(); ++j) EXPECT_EQ(std::exchange(matrix[i][j], 5.0), 0.0);
+    }
+    for (int k = 0; k <= 9; ++k) EXPECT_EQ(x[k], 0.0) << "the matrix is elsewhere";
+    EXPECT_EQ(labels[0], 0);
+}
+
+}  // namespace
+}  // namespace tarnwick
