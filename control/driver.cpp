@@ -213,7 +213,7 @@ extern "C" std::int32_t TARNWICK_CALL optimize(Problem* lp)
 extern "C" std::int32_t TARNWICK_CALL mipoptimize(Problem* lp)
 {
     set_float_control();
-    if (!is_handle(lp, __func__)) return 1;
+    if (!is_idle(lp, __func__)) return 1;
 
     const std::int32_t type = lp->problemtype;
     if (type == PROB_LP || type == PROB_QP || type == PROB_NLP)

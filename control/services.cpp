@@ -148,14 +148,18 @@ struct RowLimits {
     double lower, upper;
 };
 
+RowLimits ranged_limits(double rhs, double width) noexcept
+{
+    return width >= 0.0 ? RowLimits{rhs, rhs + width} : RowLimits{rhs + width, rhs};
+}
+
 RowLimits row_limits(const Problem& problem, int i) noexcept
 {
     const double rhs = problem.rhs[i];
-    const double width = problem.rowrange ? problem.rowrange[i] : 0.0;
     switch (problem.sense[i]) {
     case 'G': return {rhs, INFINITE_BOUND};
     case 'L': return {-INFINITE_BOUND, rhs};
-    case 'R': return width >= 0.0 ? RowLimits{rhs, rhs + width} : RowLimits{rhs + width, rhs};
+    case 'R': return ranged_limits(rhs, is_absent(problem.rowrange) ? 0.0 : problem.rowrange[i]);
     default: return {rhs, rhs};
     }
 }

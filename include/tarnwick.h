@@ -4,12 +4,21 @@
  * handle `lp`; the host owns the model arrays and keeps them valid, at the same place, until
  * unloadprob. Load functions return a handle or null; all other functions return 0 for success and
  * a small positive code otherwise. Where one argument is to blame the code is its position, counted
- * from 1; 1 stands for a general failure too. A refused call writes nothing and leaves the model
- * usable. With PARAM_MESSAGES on, each refusal is also told through the message box.
+ * from 1; 1 stands for a general failure too. A refused call leaves the model usable and, but where
+ * a comment below says otherwise, writes nothing. With PARAM_MESSAGES on, each refusal is also told
+ * through the message box.
  *
  * Conventions: all indices are 0-based. A bound of 1e30 or more, or -1e30 or less, is infinite. An
  * optional array is absent when it is null or when its first element is -1. A handle that is null,
- * all ones or not a live model gives 1 from every function that takes one.
+ * all ones or not a live model gives 1, unless a comment says that the function can do without.
+ *
+ * A callback may read counters and set parameters and callbacks of the model that is being solved;
+ * loading into it, filling, solving and unloading it are refused with 1.
+ *
+ * OLE array mode (PARAM_OLEARRAYS): every array argument is a reference to a reference to an OLE
+ * SAFEARRAY of one dimension, with lower bound 0, at least the elements told, and elements of 8, 4
+ * or 1 bytes. One element of -1.0, -1 or the byte 0 stands for an absent array. rowrange is a plain
+ * array in this mode too, and solution() asks for x: it may be marked absent, but not be null.
  *
  * One handle belongs to one thread at a time; different handles may be solved at the same time in
  * different threads.
@@ -90,7 +99,7 @@ enum {
 };
 /* clang-format on */
 
-/* Integer parameters: number, default, range in setintparam's comment and docs/parameters.md. */
+/* Integer parameters; infointparam gives the default and the range of each. */
 enum {
     PARAM_MESSAGES = 990,      /* 0, 1: refusals are told through the message box; process-wide */
     PARAM_OLEARRAYS = 995,     /* 0, 1: array arguments are OLE arrays; process-wide */
@@ -115,7 +124,7 @@ enum {
     PARAM_NSPREQBOUNDS = 6003  /* non-smooth models: finite bounds are required */
 };
 
-/* Double parameters: number, default, range in setdblparam's comment and docs/parameters.md. */
+/* Double parameters; infodblparam gives the default and the range of each. */
 enum {
     PARAM_OPTTOL = 1014,       /* pricing tolerance of the simplex */
     PARAM_FEASTOL = 1016,      /* feasibility tolerance of linear and quadratic models */
@@ -128,6 +137,16 @@ enum {
     PARAM_NLPFEASTOL = 5001,   /* feasibility tolerance of models known through functions */
     PARAM_NLPCONVTOL = 5002,   /* convergence tolerance of such models */
     PARAM_NSPMUTATION = 6010   /* non-smooth models: probability of a mutation */
+};
+
+/* What stands in the arrays of letters. */
+enum {
+    SENSE_LESS = 'L',    /* row at most its right-hand side */
+    SENSE_EQUAL = 'E',   /* row equal to it */
+    SENSE_GREATER = 'G', /* row at least it */
+    TYPE_CONTINUOUS = 'C',
+    TYPE_INTEGER = 'I',
+    TYPE_BINARY = 'B' /* integer, with bounds 0 and 1 whatever lb and ub say */
 };
 
 /* What getcallbackinfo gives. */
@@ -163,8 +182,9 @@ typedef void(TARNWICK_CALL* TarnwickEntry)(void);
  *
  *     minimise or maximise c'x   subject to   A x (<=, =, >=) rhs,   lb <= x <= ub
  *
- * and returns its handle, or null when an argument is refused. The library keeps the pointers: the
- * arrays stay the host's and must not move or change until unloadprob.
+ * and returns its handle, or null when an argument is refused or, with no message, when memory runs
+ * out. The library keeps the pointers: the arrays stay the host's and must not move or change until
+ * unloadprob.
  *
  *   1 name      text or null; copied
  *   2 numcols   variables, 1 to 2000
@@ -184,9 +204,11 @@ typedef void(TARNWICK_CALL* TarnwickEntry)(void);
  *  16 rowspare  kept, no effect
  *  17 matnz     length of matind and matval
  *
- * Columns come in order and do not overlap; gaps between them are allowed. Several entries for one
- * place mean their sum. With matbeg, matcnt and matind all absent the matrix is dense: matval holds
- * numcols runs of numrows values. */
+ * Columns come in order and do not overlap; gaps between them are allowed. A column starts at
+ * numcols x numrows at the most and must end within matnz. A row index is 0 to numrows - 1; numrows
+ * itself is let pass and names nothing. Several entries for one place mean their sum. With matbeg,
+ * matcnt and matind all null, or all -1 in their first elements, the matrix is dense: matval holds
+ * numcols runs of numrows values, whatever matnz says. */
 TARNWICK_API Problem* TARNWICK_CALL loadlp(const char* name, int32_t numcols, int32_t numrows,
                                            int32_t objsen, double* obj, double* rhs, char* sense,
                                            int32_t* matbeg, int32_t* matcnt, int32_t* matind,
@@ -204,8 +226,10 @@ TARNWICK_API Problem* TARNWICK_CALL loadlp(const char* name, int32_t numcols, in
  *   6 qnz       length of qmatind and qmatval
  *   7 var       double[numcols], starting point
  *
- * With qmatbeg, qmatcnt and qmatind absent Q is dense, numcols columns of numcols values. Returns 5
- * also for a Q that is indefinite in the sense of the objective; such a model stays loaded. */
+ * The layout follows the rules of loadlp's, with numcols rows; some of qmatbeg, qmatcnt and qmatind
+ * without the others give 1 with no message. With all three absent Q is dense, numcols columns of
+ * numcols values. Returns 5 also for a Q that is indefinite in the sense of the objective: it is
+ * loaded all the same. Once the views of arrays are past, a refusal leaves the type moved. */
 TARNWICK_API int32_t TARNWICK_CALL loadquad(Problem* lp, int32_t* qmatbeg, int32_t* qmatcnt,
                                             int32_t* qmatind, double* qmatval, int32_t qnz,
                                             double* var);
@@ -213,7 +237,9 @@ TARNWICK_API int32_t TARNWICK_CALL loadquad(Problem* lp, int32_t* qmatbeg, int32
 /* Says which variables are integer.
  *
  *   1 lp        the model; its type becomes the one with integer variables
- *   2 ctype     char[numcols], 'C' continuous, 'I' integer, 'B' binary (bounds 0 and 1) */
+ *   2 ctype     char[numcols], 'C' continuous, 'I' integer, 'B' binary (bounds 0 and 1)
+ *
+ * A letter that is none of these gives 2; the type has moved all the same. */
 TARNWICK_API int32_t TARNWICK_CALL loadctype(Problem* lp, char* ctype);
 
 /* Releases a model. lp_p points at the handle, which keeps its old value and is dead afterwards. */
@@ -255,24 +281,35 @@ TARNWICK_API int32_t TARNWICK_CALL mipoptimize(Problem* lp);
  *   7 dj      double[numcols], reduced costs
  *
  * The point and the slacks are written unless the status is 67, 68 or 69; duals and reduced costs
- * only when it is STAT_OPTIMAL. For a model with integer variables a present piout gives 5 and a
- * present dj 7, after the rest has been written. */
+ * only when it is STAT_OPTIMAL. Before a run has stored its results, and inside a run, status and
+ * objective alone are written. For the types with integer variables and the non-smooth ones a
+ * present piout gives 5 and a present dj 7, after the rest has been written. */
 TARNWICK_API int32_t TARNWICK_CALL solution(Problem* lp, int32_t* stat_p, double* objval_p,
                                             double* x, double* piout, double* slack, double* dj);
 
 /* Ranges of the objective coefficients of the columns begin to end of a linear model: the values
- * between which the coefficient can move, alone, with the basis still optimal. lower and upper are
- * double[end - begin + 1]; 1e30 and beyond means no limit. */
+ * between which the coefficient can move, alone, with the basis still optimal.
+ *
+ *   1 lp      a model of type PROB_LP without integer variables, else 1
+ *   2 begin   first column, 0-based
+ *   3 end     last column, inclusive; a range that isn't one of the model's gives 2
+ *   4 lower   double[end - begin + 1]; about -1e30 means no limit
+ *   5 upper   double[end - begin + 1]; about 1e30 means no limit
+ *
+ * Nothing is written when no results are stored or the status is 67, 68 or 69. After a run that
+ * ended without an optimum all values are 0. */
 TARNWICK_API int32_t TARNWICK_CALL objsa(Problem* lp, int32_t begin, int32_t end, double* lower,
                                          double* upper);
 
 /* Ranges of the right-hand sides of the rows begin to end of a linear model: the values between
- * which the right-hand side can move, alone, with the basis still feasible. As objsa. */
+ * which the right-hand side can move, alone, with the basis still feasible. Arguments and codes as
+ * for objsa. */
 TARNWICK_API int32_t TARNWICK_CALL rhssa(Problem* lp, int32_t begin, int32_t end, double* lower,
                                          double* upper);
 
 /* Statistics of the variables begin to end over the final population of a non-smooth run: mean,
- * standard deviation, smallest and largest value, each double[end - begin + 1]. */
+ * standard deviation, smallest and largest value, each double[end - begin + 1]. Another type of
+ * model gives 1, a range that isn't one of the model's 2, a null array 4 or 6. */
 TARNWICK_API int32_t TARNWICK_CALL varstat(Problem* lp, int32_t begin, int32_t end, double* mid,
                                            double* disp, double* lower, double* upper);
 
@@ -323,7 +360,7 @@ TARNWICK_API int32_t TARNWICK_CALL setdblparam(Problem* lp, int32_t whichparam, 
 TARNWICK_API int32_t TARNWICK_CALL getdblparam(Problem* lp, int32_t whichparam, double* value_p);
 
 /* Sets every parameter of the model to its default. With a null lp it resets the three process-wide
- * parameters instead. */
+ * parameters instead; all ones changes nothing. Both give 0. */
 TARNWICK_API int32_t TARNWICK_CALL setdefaults(Problem* lp);
 
 /* ------------------------------------------------------------------------------- text files --- */

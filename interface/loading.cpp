@@ -75,8 +75,8 @@ Refusal test_columns(const MatrixArguments& matrix, const MatrixRefusals& refusa
         const std::int64_t count = matrix.cnt[j];
         if (count < 0 || count > matrix.numrows) return refusals.cnt;
         end = start + count;
-        if (count > 0 && end > matrix.length) return refusals.cnt;
-
+        if (count == 0) continue;
+        if (end > matrix.length) return refusals.cnt;
         if (!are_rows(matrix.ind + start, count, matrix.numrows)) return refusals.ind;
     }
     return {};

@@ -22,9 +22,9 @@ bool has_trusted_arrays(const Problem& problem) noexcept
            status != STAT_RESERVED69;
 }
 
-void copy_unless_absent(const double* from, std::int32_t count, double* to) noexcept
+void copy_unless_null(const double* from, std::int32_t count, double* to) noexcept
 {
-    if (count >= 1 && !is_absent(to)) std::copy_n(from, count, to);
+    if (count >= 1 && to) std::copy_n(from, count, to);
 }
 
 // ---- solution
@@ -33,10 +33,17 @@ struct SolutionArrays {
     double *x, *piout, *slack, *dj;
 };
 
-// Views one array of `solution`. An absent one stays as it is.
+// A plain mark of absence is let pass in OLE array mode too: it is no reference to follow.
 bool view_unless_absent(double*& array, std::int32_t count) noexcept
 {
     return is_absent(array) || view_array(array, count) != View::failed;
+}
+
+// Absent arrays become null before anything is written: one cell may serve as a mark for several.
+void drop_absent(SolutionArrays& out) noexcept
+{
+    for (double** array : {&out.x, &out.piout, &out.slack, &out.dj})
+        if (is_absent(*array)) *array = nullptr;
 }
 
 // The point has no absent form in OLE array mode but the placeholder.
@@ -57,8 +64,8 @@ std::int32_t view_solution(const Problem& problem, SolutionArrays& out, const ch
 void give_duals(const Problem& problem, const SolutionArrays& out) noexcept
 {
     if (!has_trusted_arrays(problem) || problem.status != STAT_OPTIMAL) return;
-    copy_unless_absent(problem.piout, problem.numrows, out.piout);
-    copy_unless_absent(problem.dj, problem.numcols, out.dj);
+    copy_unless_null(problem.piout, problem.numrows, out.piout);
+    copy_unless_null(problem.dj, problem.numcols, out.dj);
 }
 
 // ---- ranges and statistics
@@ -198,21 +205,21 @@ extern "C" std::int32_t TARNWICK_CALL solution(Problem* lp, std::int32_t* stat_p
     SolutionArrays out{x, piout, slack, dj};
     if (ole_mode())
         if (const std::int32_t code = view_solution(*lp, out, __func__)) return code;
+    drop_absent(out);
 
     if (stat_p) *stat_p = lp->status;
     if (objval_p) *objval_p = lp->objval;
     if (has_trusted_arrays(*lp)) {
-        copy_unless_absent(lp->x, lp->numcols, out.x);
-        copy_unless_absent(lp->slack, lp->numrows, out.slack);
+        copy_unless_null(lp->x, lp->numcols, out.x);
+        copy_unless_null(lp->slack, lp->numrows, out.slack);
     }
 
     if (type == PROB_LP || type == PROB_QP || type == PROB_NLP) {
         give_duals(*lp, out);
         return 0;
     }
-    if (!is_absent(out.piout))
-        return report(5, __func__, "piout argument invalid for this problem type");
-    if (!is_absent(out.dj)) return report(7, __func__, "dj argument invalid for this problem type");
+    if (out.piout) return report(5, __func__, "piout argument invalid for this problem type");
+    if (out.dj) return report(7, __func__, "dj argument invalid for this problem type");
     return 0;
 }
 

@@ -186,7 +186,7 @@ TEST(Driver, refuses_in_order_and_changes_nothing)
         {"LP, too large",      PROB_LP,   8193, false, large,   no_ctype},
         {"MILP, too large",    PROB_MILP, 8193, false, large,   large   },
         {"NLP, too large",     PROB_NLP,  201,  false, large,   no_ctype},
-        {"LP, being solved",   PROB_LP,   3,    true,  solved,  no_ctype},
+        {"LP, being solved",   PROB_LP,   3,    true,  solved,  solved  },
         {"MILP, being solved", PROB_MILP, 3,    true,  solved,  solved  },
     };
     const auto expect_call = [&problem](std::int32_t code, const char* text, const char* title) {
@@ -204,8 +204,7 @@ TEST(Driver, refuses_in_order_and_changes_nothing)
         problem.numrows = c.numrows;
         problem.running = c.running;
         expect_call(optimize(&problem), c.text, "optimize");
-        expect_call(mipoptimize(&problem), c.mip_text,
-                    c.type == PROB_MILP && c.numrows == 3 ? "optimize" : "mipoptimize");
+        expect_call(mipoptimize(&problem), c.mip_text, "mipoptimize");
     }
     problem.problemtype = PROB_LP;
     problem.numrows = 3;
