@@ -65,8 +65,9 @@ enum {
     PROB_MINSP = 24  /* non-smooth, with integer variables */
 };
 
-/* The status of a model, as solution() gives it. FEAS and INFEAS tell whether the run that was cut
- * short held a feasible point (with integer variables: an integer solution). */
+/* The status of a model, as solution() gives it. FEAS and INFEAS tell whether a run that was cut
+ * short had a feasible point: with integer variables an integer solution, else by the infeasibility
+ * that was reported last, which a second phase no longer does. */
 /* clang-format off */
 enum {
     STAT_NONE = 0,                 /* no run has ended yet */
