@@ -100,7 +100,8 @@ namespace {
 bool has_integer(const SolveRun& run) noexcept
 {
     const std::int32_t* flags = run.intflags.data();
-    return std::any_of(flags, flags + run.numvars, [](std::int32_t flag) { return flag != 0; });
+    return flags &&
+           std::any_of(flags, flags + run.numvars, [](std::int32_t flag) { return flag != 0; });
 }
 
 // This version solves continuous models: for an elastic search, and for integer variables in an
@@ -108,7 +109,6 @@ bool has_integer(const SolveRun& run) noexcept
 bool choose_strategy(SolveRun& run) noexcept
 {
     SolveControl* const control = run.control;
-    getintflags(control, run.intflags.data());
     if (getintinfo(control, INFO_ELASTICMODE) != 0) return false;
     if (getintinfo(control, INFO_BRANCHING) != 0 && has_integer(run)) return false;
 
@@ -117,11 +117,20 @@ bool choose_strategy(SolveRun& run) noexcept
     return true;
 }
 
+// Reads the integer flags of a model that has letters; without them there is nothing to flag.
+bool read_intflags(SolveRun& run) noexcept
+{
+    if (!run.control->problem->ctype) return true;
+    if (!run.intflags.create(static_cast<std::size_t>(run.numvars))) return false;
+    getintflags(run.control, run.intflags.data());
+    return true;
+}
+
 EngineResult prepare_run(SolveRun& run) noexcept
 {
     run.numvars = getintinfo(run.control, INFO_NUMVARS);
     if (run.numvars < 1) return ENGINE_BADMODEL;
-    if (!run.intflags.create(static_cast<std::size_t>(run.numvars))) return ENGINE_NOMEMORY;
+    if (!read_intflags(run)) return ENGINE_NOMEMORY;
     return choose_strategy(run) ? ENGINE_OPTIMAL : ENGINE_INTERNAL;
 }
 

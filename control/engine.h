@@ -86,7 +86,7 @@ struct SolveRun {
     double* lb;  // numvars, likewise
     double* x;   // numvars, point of the last solve
 
-    Array<std::int32_t> intflags;  // numvars, nonzero: integer; null for the elastic strategy
+    Array<std::int32_t> intflags;  // numvars, nonzero: integer; null: there are none
 
     double* nodedata;  // numvars + 1, a point attached to a node of the integer search
     void* nodeaux;

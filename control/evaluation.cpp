@@ -10,6 +10,7 @@
 
 #include "control/services.h"
 #include "interface/problem.h"
+#include "platform/vectors.h"
 
 namespace tarnwick {
 
@@ -29,12 +30,6 @@ bool is_sparse(const Problem& problem) noexcept
 bool is_q_sparse(const Problem& problem) noexcept
 {
     return problem.qmatbeg && problem.qmatcnt && problem.qmatind;
-}
-
-// y += a * x over a whole dense column.
-void add_multiple(double* __restrict y, double a, const double* __restrict x, int n) noexcept
-{
-    for (int i = 0; i < n; ++i) y[i] += a * x[i];
 }
 
 void add_column(const Problem& problem, int j, double xj, double* lhs) noexcept

@@ -238,8 +238,9 @@ magnitudes(const double* values, int width, double floor) noexcept
     std::int64_t smallest = rank(INFINITE), largest = 0;
     for (int j = 0; j < whole(width); ++j) {
         const double size = std::fabs(values[j]);
-        largest = std::max(largest, rank(size > floor ? size : 0.0));
-        smallest = std::min(smallest, rank(size > floor ? size : INFINITE));
+        const std::int64_t mask = -static_cast<std::int64_t>(size > floor);  // all bits, or none
+        largest = std::max(largest, rank(size) & mask);
+        smallest = std::min(smallest, (rank(size) & mask) | (rank(INFINITE) & ~mask));
     }
     return {of_rank(smallest), of_rank(largest)};
 }

@@ -111,12 +111,20 @@ void fetchcolumn(LpEngine& lp, int last, int c) noexcept
     double* const column = lp.column.data();
     for (int i = 0; i <= last; ++i) column[i] = lp.tableau[i][c];
     if (last == lp.m) column[lp.m + 1] = 0.0;
+
+    double entries[MOST_WAITING];
+    const double* factors[MOST_WAITING];
+    int found = 0;
     for (int p = 0; p < lp.waiting.count; ++p) {
-        const double entry = lp.waiting.rows[p][c];
-        if (entry == 0.0) continue;
-        const double* __restrict factors = lp.waiting.columns[p];
-        for (int i = 1; i <= lp.m; ++i) column[i] -= entry * factors[i];
+        if (lp.waiting.rows[p][c] == 0.0) continue;
+        entries[found] = lp.waiting.rows[p][c];
+        factors[found++] = lp.waiting.columns[p];
     }
+    if (found == 0) return;
+    const double first_priced = column[0], last_priced = column[lp.m + 1];  // these never wait
+    subtract_rows(column, entries, factors, found, whole_lines(lp.m + 1));
+    column[0] = first_priced;
+    column[lp.m + 1] = last_priced;
 }
 
 void refreshrow(LpEngine& lp, int i) noexcept

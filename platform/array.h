@@ -104,7 +104,7 @@ class Matrix {
 
   private:
     double** rows_ = nullptr;
-    int m_ = 0;
+    [[maybe_unused]] int m_ = 0;  // for the assertion alone
     int width_ = 0;
 };
 
