@@ -74,18 +74,13 @@ struct ObjectiveCase {
 // clang-format off
 const ObjectiveCase OBJECTIVES[] = {
     {"no prefix",                 "3 x1 - 2 x2 x3",                  {3, -2, 1}},
-    {"prefix without spaces",     "obj:x1-x2",                       {1, -1, 0}},
-    {"nothing",                   "obj:",                            {0, 0, 0}},
     {"the last one stands",       "x1 + 5 x1",                       {5, 0, 0}},
     {"sign of sign and number",   "- -3 x1 + +4 x2 - +5 x3",         {3, 4, -5}},
     {"exponents and points",      "1e2 x1 + .5 x2 - 5. x3",          {100, 0.5, -5}},
     {"a number runs to a space",  "3x1 x2",                          {0, 3, 0}},
     {"hexadecimal is 0",          "0x10 x1 + x2",                    {0, 1, 0}},
     {"beyond the range",          "1e999 x1 - 1e999 x2",             {INF, -INF, 0}},
-    {"over many lines",           "x1\n   \n + 2 x2\n x3",           {1, 2, 1}},
     {"a lone number at the end",  "x1 + 5\n x2",                     {1, 1, 0}},
-    {"a lone sign at the end",    "x1 -\n x2",                       {1, 1, 0}},
-    {"zeros before an index",     "x0000000000000000000000002",      {0, 1, 0}},
 };
 // clang-format on
 
@@ -108,19 +103,13 @@ struct RowCase {
 
 // clang-format off
 const RowCase ROWS[] = {
-    {"every sense",               "c1: < 1\nc2: > 2\nc3: = 3",      "LGE", {1, 2, 3}, {0, 0, 0}},
     {"long senses",               "c1: <= 1\nc2: >=2\nc3: =3",      "LGE", {1, 2, 3}, {0, 0, 0}},
     {"any order, gaps",           "c3: x1 <= 3\nc1: x2 >= 1",       "GEL", {1, 0, 3}, {0, 1, 0}},
     {"a name runs to a space",    "c1xyz x1 <= 1",                  "LEE", {1, 0, 0}, {1, 0, 0}},
-    {"text behind the side",      "c1: x1 <= 1 and so on",          "LEE", {1, 0, 0}, {1, 0, 0}},
     {"side that is no number",    "c1: x1 <= +infinity",            "LEE", {0, 0, 0}, {1, 0, 0}},
     {"range",                     "c1: 1 <= x1 + x2 <= 4",          "LEE", {0, 0, 0}, {0, 0, 0}},
     {"no sense, next row",        "c1:  x1 + x3\nc2: x1 <= 5",      "ELE", {0, 5, 0}, {1, 0, 1}},
-    {"no sense, last row",        "c1: x1",                         "EEE", {0, 0, 0}, {1, 0, 0}},
-    {"text for a sense",          "c1: x1 ? 5\nc2: x1 <= 5",        "ELE", {0, 5, 0}, {1, 0, 0}},
     {"x0 ends the terms",         "c1: x1 + x0 <= 5",               "EEE", {0, 0, 0}, {1, 0, 0}},
-    {"tab ends the terms",        "c1: x1 +\tx2 <= 5",              "EEE", {0, 0, 0}, {1, 0, 0}},
-    {"terms on many lines",       "c1: x1\n + 2 x2\n  \n = 4",      "EEE", {4, 0, 0}, {1, 2, 0}},
     {"zero coefficient",          "c1: 0 x1 - 0.0 x99 + x2 <= 4",   "LEE", {4, 0, 0}, {0, 1, 0}},
     {"repeated place",            "c1: 2 x1 + 3 x1 <= 4",           "LEE", {4, 0, 0}, {5, 0, 0}},
 };
@@ -187,7 +176,6 @@ const BlockCase BLOCKS[] = {
     {"empty",             "[ ]",                         {0, 0, 0, 0, 0, 0, 0, 0, 0},     {}},
     {"square",            "[ x2^2 ]",                    {0, 0, 0, 0, 1, 0, 0, 0, 0},     {0, 1}},
     {"product",           "+ [ 3 x1^2 x2^2+3 x1 * x2 ]", {3, 1.5, 0, 1.5, 1, 0, 0, 0, 0}, {2, 2}},
-    {"product of one",    "obj: [ 2 x3*x3 ] x1",         {0, 0, 0, 0, 0, 0, 0, 0, 2},     {0, 0, 1}},
     {"spaces and lines",  "[\n   \n x1 ^ 2\n ]",         {1, 0, 0, 0, 0, 0, 0, 0, 0},     {1}},
     {"zero coefficient",  "[ 0 x3^2 + x1^2 ]",           {1, 0, 0, 0, 0, 0, 0, 0, 0},     {1}},
     {"repeated",          "[ x1^2 + 2 x1^2 ]",           {3, 0, 0, 0, 0, 0, 0, 0, 0},     {2}},
@@ -235,61 +223,34 @@ const std::string HEAD = "Minimize\n", ROW_HEAD = HEAD + "Subject To\n",
 const TextRefusal TEXT_REFUSALS[] = {
     {"empty file",               "",                                      "Error reading input line; error reading first input line"},
     {"long header",              "Minimize" + std::string(250, ' ') + "\n", "Error reading input line; error reading first input line"},
-    {"lower case",               "minimize\n",                            "missing Maximize/Minimize"},
-    {"zero bytes",               std::string(400, '\0') + "\n",           "Error reading input line; error reading first input line"},
     {"zero byte in front",       '\0' + HEAD,                             "missing Maximize/Minimize"},
-    {"header alone",             HEAD,                                    "Error reading input line; error reading objective"},
-    {"end in the objective",     HEAD + "x1\n",                           "Error reading input line; error reading objective"},
     {"negative variable",        with_objective("x-1"),                   "error reading objective"},
-    {"negative with a 0",        with_objective("0 x-1"),                 "error reading objective"},
     {"32 bits",                  with_objective("x2147483648"),           "error reading objective"},
-    {"many digits",              with_objective("x99999999999999999999"), "error reading objective"},
     {"empty line",               with_objective("x1\n\n+ x2"),            "Error reading input line; error reading objective"},
     {"no quadratic term",        with_objective("[ a ]"),                 "error reading quadratic objective"},
-    {"no second factor",         with_objective("[ x1 ]"),                "error reading quadratic objective"},
     {"no second index",          with_objective("[ x1*3 ]"),              "error reading quadratic objective"},
-    {"second index 0",           with_objective("[ x1*x0 ]"),             "error reading quadratic objective"},
     {"second index negative",    with_objective("[ x1*x-1 ]"),            "error reading quadratic objective"},
-    {"first index negative",     with_objective("[ x-1^2 ]"),             "error reading quadratic objective"},
-    {"negative with a 0, block", with_objective("[ 0 x-1^2 ]"),           "error reading quadratic objective"},
     {"second index of 32 bits",  with_objective("[ x1*x2147483648 ]"),    "error reading quadratic objective"},
     {"power 3",                  with_objective("[ x1^3 ]"),              "error reading quadratic objective"},
-    {"power 25",                 with_objective("[ x1^25 ]"),             "error reading quadratic objective"},
-    {"power 2.5",                with_objective("[ x1^2.5 x2^2 ]"),       "error reading quadratic objective"},
     {"end in the block",         HEAD + "[ x1^2\n",                       "Error reading input line; error reading quadratic objective"},
-    {"end behind the block",     HEAD + "[ x1^2 ]\n",                     "Error reading input line; error reading objective"},
     {"text in the objective",    with_objective("x1 Subject To"),         "missing Subject To"},
-    {"two signs of a number",    with_objective("x1 - +-3 x2"),           "missing Subject To"},
-    {"a name for a number",      with_objective("x1 + nan x2"),           "missing Subject To"},
     {"a number rounded to 0",    with_objective("1e-400 x1"),             "missing Subject To"},
-    {"x0 in the objective",      with_objective("x1 + x0"),               "missing Subject To"},
     {"end for rows",             ROW_HEAD,                                "Error reading input line; error reading input line"},
-    {"end behind a row",         ROW_HEAD + "c1: x1 <= 1\n",              "Error reading input line; error reading input line"},
-    {"no row name",              with_rows("x1 <= 1"),                    "missing constraint name"},
     {"row 0",                    with_rows("c0: x1 <= 1"),                "missing constraint name"},
-    {"row -1",                   with_rows("c-1: x1 <= 1"),               "missing constraint name"},
     {"row of 32 bits",           with_rows("c2147483648: x1 <= 1"),       "error reading constraint"},
-    {"text on a further line",   with_rows("c1: x1\n+ x2 ?"),             "missing constraint name"},
     {"end in a row",             ROW_HEAD + "c1: x1\n",                   "Error reading input line; error reading constraint"},
-    {"variable of 32 bits",      with_rows("c1: x2147483648"),            "error reading constraint"},
     {"Integers for Bounds",      ROW_HEAD + "Integers\n",                 "missing Bounds"},
     {"end for bounds",           BOUND_HEAD,                              "Error reading input line; error reading bound"},
     {"no space behind a number", with_bounds("1<= x1 <= 4"),              "error reading lower bound"},
-    {"no lower bound",           with_bounds("<= x1 <= 4"),               "error reading lower bound"},
-    {"spaces for a bound",       with_bounds("   "),                      "error reading lower bound"},
     {"no variable",              with_bounds("1 <= 4"),                   "error reading variable bound"},
-    {"variable 0",               with_bounds("1 <= x0 <= 4"),             "error reading variable bound"},
     {"no upper bound",           with_bounds("1 <= x1"),                  "error reading upper bound"},
     {"text behind the bound",    with_bounds("1 <= x1 <= 4 5"),           "error reading beyond bound"},
-    {"infinity with more",       with_bounds("1 <= x1 <= +infinityx"),    "error reading beyond bound"},
     {"bound of 32 bits",         with_bounds("1 <= x2147483648 <= 4"),    "error reading bound"},
     {"end for integers",         INTEGER_HEAD,                            "Error reading input line; error reading integer"},
     {"no integer variable",      INTEGER_HEAD + "y1\nEnd\n",              "error reading integer variable"},
-    {"integer variable 0",       INTEGER_HEAD + "x0\nEnd\n",              "error reading integer variable"},
     {"two integer variables",    INTEGER_HEAD + "x1 x2\nEnd\n",           "error reading beyond integer"},
     {"integer of 32 bits",       INTEGER_HEAD + "x2147483648\nEnd\n",     "error reading integer"},
     {"no end",                   BOUND_HEAD + "En\n",                     "missing End"},
-    {"no integers",              BOUND_HEAD + "Int\nEnd\n",               "missing End"},
 };
 
 // For a model of three columns and rows.
@@ -330,13 +291,6 @@ TEST(Reader, what_lies_beyond_the_model_is_refused)
     EXPECT_EQ(linear.read(with_objective("[ x1^2 ]")), 2);
     EXPECT_EQ(told(), "error reading quadratic objective");
     EXPECT_EQ(linear.lp->problemtype, PROB_LP);
-}
-
-TEST(Reader, a_model_without_the_form_it_was_to_get_has_none_to_judge)
-{
-    Host host(SPARSE, SPARSE, true);
-    host.lp->problemtype = PROB_QP;
-    EXPECT_EQ(host.read(with_rows("c1: x1 <= 1")), 0);
 }
 
 }  // namespace

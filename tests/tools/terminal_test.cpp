@@ -81,12 +81,4 @@ TEST(Terminal, an_interrupt_ends_the_progress_and_reports_the_point_so_far)
     EXPECT_EQ(report.find(" iterations, "), std::string::npos);
 }
 
-TEST(Terminal, nothing_is_shown_of_the_progress_elsewhere)
-{
-    const Scratch scratch;
-    const ToolRun run =
-        run_tool("solve -s timelimit=1 " + scratch.write("model.txt", slow_model()));
-    EXPECT_EQ(run.err, "");
-}
-
 }  // namespace tarnwick
