@@ -170,35 +170,18 @@ class Host {
 };
 
 // Every section, and terms over several lines.
-inline const std::string WHOLE = "Minimize QP/MIP\n"
-                                 "  obj:  2.5 x1 - x3 + [ 4.0 x1^2 + x1*x2\n"
-                                 "      \n"
-                                 "       + 3.0 x2^2 ]\n"
-                                 "Subject To\n"
-                                 "  c1:  x1 + 2.0 x2 >= 1.0\n"
-                                 "  c3:  - x2\n"
-                                 "       + 0.5 x3 <= 1e1\n"
-                                 "Bounds\n"
-                                 "  0.0 <= x1 <= +infinity\n"
-                                 "  -infinity <= x2 <= 4.0\n"
-                                 "Integers\n"
-                                 "  x2\n"
-                                 "End\n";
+// clang-format off
+inline const std::string WHOLE =
+    "Minimize QP/MIP\n  obj:  2.5 x1 - x3 + [ 4.0 x1^2 + x1*x2\n      \n       + 3.0 x2^2 ]\n"
+    "Subject To\n  c1:  x1 + 2.0 x2 >= 1.0\n  c3:  - x2\n       + 0.5 x3 <= 1e1\n"
+    "Bounds\n  0.0 <= x1 <= +infinity\n  -infinity <= x2 <= 4.0\n"
+    "Integers\n  x2\nEnd\n";
+inline std::string with_objective(const std::string& s) { return "Minimize\n" + s + "\nSubject To\nBounds\nEnd\n"; }
 
-inline std::string with_objective(const std::string& text)
-{
-    return "Minimize\n" + text + "\nSubject To\nBounds\nEnd\n";
-}
+inline std::string with_rows(const std::string& s) { return "Minimize\nSubject To\n" + s + "\nBounds\nEnd\n"; }
 
-inline std::string with_rows(const std::string& text)
-{
-    return "Minimize\nSubject To\n" + text + "\nBounds\nEnd\n";
-}
-
-inline std::string with_bounds(const std::string& text)
-{
-    return "Minimize\nSubject To\nBounds\n" + text + "\nEnd\n";
-}
+inline std::string with_bounds(const std::string& s) { return "Minimize\nSubject To\nBounds\n" + s + "\nEnd\n"; }
+// clang-format on
 
 // What the message box has been shown since the last call; the MessageLog records it.
 inline std::string told()

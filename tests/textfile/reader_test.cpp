@@ -24,13 +24,6 @@ TEST(Reader, a_file_is_counted)
     EXPECT_EQ(c.numctype, 3);
     EXPECT_EQ(c.matcnt, (std::vector<std::int32_t>{1, 2, 1}));
     EXPECT_EQ(c.qmatcnt, (std::vector<std::int32_t>{2, 2, 0}));
-
-    const Counts least = count("Maximize\nSubject To\nBounds\nEnd\n");
-    EXPECT_EQ(least.code, 0);
-    EXPECT_EQ(least.objsen, -1);
-    EXPECT_EQ(least.numcols, 0);
-    EXPECT_EQ(least.numrows, 0);
-    EXPECT_EQ(least.numctype, 0);
 }
 
 TEST(Reader, a_file_fills_a_model_in_every_layout)
@@ -225,14 +218,11 @@ const TextRefusal TEXT_REFUSALS[] = {
     {"long header",              "Minimize" + std::string(250, ' ') + "\n", "Error reading input line; error reading first input line"},
     {"zero byte in front",       '\0' + HEAD,                             "missing Maximize/Minimize"},
     {"negative variable",        with_objective("x-1"),                   "error reading objective"},
-    {"32 bits",                  with_objective("x2147483648"),           "error reading objective"},
     {"empty line",               with_objective("x1\n\n+ x2"),            "Error reading input line; error reading objective"},
     {"no quadratic term",        with_objective("[ a ]"),                 "error reading quadratic objective"},
     {"no second index",          with_objective("[ x1*3 ]"),              "error reading quadratic objective"},
-    {"second index negative",    with_objective("[ x1*x-1 ]"),            "error reading quadratic objective"},
     {"second index of 32 bits",  with_objective("[ x1*x2147483648 ]"),    "error reading quadratic objective"},
     {"power 3",                  with_objective("[ x1^3 ]"),              "error reading quadratic objective"},
-    {"end in the block",         HEAD + "[ x1^2\n",                       "Error reading input line; error reading quadratic objective"},
     {"text in the objective",    with_objective("x1 Subject To"),         "missing Subject To"},
     {"a number rounded to 0",    with_objective("1e-400 x1"),             "missing Subject To"},
     {"end for rows",             ROW_HEAD,                                "Error reading input line; error reading input line"},
@@ -245,7 +235,6 @@ const TextRefusal TEXT_REFUSALS[] = {
     {"no variable",              with_bounds("1 <= 4"),                   "error reading variable bound"},
     {"no upper bound",           with_bounds("1 <= x1"),                  "error reading upper bound"},
     {"text behind the bound",    with_bounds("1 <= x1 <= 4 5"),           "error reading beyond bound"},
-    {"bound of 32 bits",         with_bounds("1 <= x2147483648 <= 4"),    "error reading bound"},
     {"end for integers",         INTEGER_HEAD,                            "Error reading input line; error reading integer"},
     {"no integer variable",      INTEGER_HEAD + "y1\nEnd\n",              "error reading integer variable"},
     {"two integer variables",    INTEGER_HEAD + "x1 x2\nEnd\n",           "error reading beyond integer"},

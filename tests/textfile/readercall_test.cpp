@@ -27,19 +27,19 @@ TEST(ReaderCall, arguments_are_refused_in_order)
     Problem other{};
     EXPECT_EQ(read(&other, ""), 1);
     EXPECT_EQ(told(), "lp pointer is invalid");
-    for (const std::int32_t type : {PROB_NLP, PROB_MINLP, PROB_NSP, PROB_MINSP}) {
-        host.lp->problemtype = type;
-        EXPECT_EQ(read(host.lp, ""), 1);
-        EXPECT_EQ(told(), "lpread not supported for NLP/NSPs");
+    host.lp->problemtype = PROB_MINSP;
+    EXPECT_EQ(read(host.lp, ""), 1);
+    EXPECT_EQ(told(), "lpread not supported for NLP/NSPs");
+    const std::pair<const char*, const char*> names[] = {
+        {nullptr,         "filename is NULL or empty"                               },
+        {"",              "filename is NULL or empty"                               },
+        {"/no such/file", "Unable to open input file"                               },
+        {"/",             "Error reading input file; error reading first input line"}
+    };
+    for (const auto& [name, message] : names) {
+        EXPECT_EQ(read(nullptr, name), 2);
+        EXPECT_EQ(told(), message);
     }
-    EXPECT_EQ(read(nullptr, nullptr), 2);
-    EXPECT_EQ(told(), "filename is NULL or empty");
-    EXPECT_EQ(read(nullptr, ""), 2);
-    EXPECT_EQ(told(), "filename is NULL or empty");
-    EXPECT_EQ(read(nullptr, "/no such/file"), 2);
-    EXPECT_EQ(told(), "Unable to open input file");
-    EXPECT_EQ(read(nullptr, testing::TempDir().c_str()), 2);
-    EXPECT_EQ(told(), "Error reading input file; error reading first input line");
     EXPECT_EQ(read(reinterpret_cast<Problem*>(~std::uintptr_t{0}), file.path()), 0);
     EXPECT_EQ(told(), "");
 }
@@ -103,14 +103,6 @@ TEST(ReaderCall, a_line_fits_with_its_line_feed_in_250_characters)
             const std::string end = "End" + std::string(length - 3, ' ');
             EXPECT_EQ(count("Minimize\nSubject To\nBounds\n" + end).code, length <= 249 ? 0 : 2);
         }
-}
-
-TEST(ReaderCall, an_empty_line_takes_the_rest_of_the_buffer_with_it)
-{
-    const std::string swallowed = "\n" + std::string(249, 'y');
-    const Counts c = count(with_objective("x1\n" + swallowed + "x3"));
-    EXPECT_EQ(c.code, 0);
-    EXPECT_EQ(c.numcols, 3);
 }
 
 TEST(ReaderCall, the_platform_decides_nothing_about_line_ends)
