@@ -116,18 +116,6 @@ TEST(Report, csv_puts_a_name_with_commas_and_quotes_into_quotes)
     EXPECT_NE(out.find("a,\"\"b\"\".txt\"\nmodel,,sense"), std::string::npos) << out;
 }
 
-TEST(Report, text_leaves_out_zeros_and_says_how_many)
-{
-    const std::string some = run_tool("solve afiro.txt").out;
-    const std::string all = run_tool("solve afiro.txt --all").out;
-    const std::string few = run_tool("solve production.txt").out;
-    EXPECT_EQ(some.find("\n  x6 "), std::string::npos);
-    EXPECT_NE(some.find(" of 32, which hold zeros alone (--all lists them)"), std::string::npos);
-    EXPECT_NE(all.find("\n  x6 "), std::string::npos);
-    EXPECT_EQ(all.find("left out"), std::string::npos);
-    EXPECT_NE(few.find("\n  c3      210     0\n"), std::string::npos) << few;
-}
-
 TEST(Report, output_goes_to_the_file_as_it_would_go_to_the_terminal)
 {
     const Scratch scratch;
