@@ -32,11 +32,22 @@ bool is_q_sparse(const Problem& problem) noexcept
     return problem.qmatbeg && problem.qmatcnt && problem.qmatind;
 }
 
+// The values of a column that lists all rows in their order, as every dense one does; else null.
+const double* full_column(const Problem& problem, int j) noexcept
+{
+    const int m = problem.numrows;
+    if (!is_sparse(problem)) return problem.matval + static_cast<std::ptrdiff_t>(m) * j;
+    if (problem.matcnt[j] != m) return nullptr;
+    const std::int32_t* const rows = problem.matind + problem.matbeg[j];
+    std::int32_t misplaced = 0;
+    for (int i = 0; i < m; ++i) misplaced |= rows[i] ^ i;
+    return misplaced == 0 ? problem.matval + problem.matbeg[j] : nullptr;
+}
+
 void add_column(const Problem& problem, int j, double xj, double* lhs) noexcept
 {
-    if (!is_sparse(problem)) {
-        const auto start = static_cast<std::ptrdiff_t>(problem.numrows) * j;
-        add_multiple(lhs, xj, problem.matval + start, problem.numrows);
+    if (const double* const column = full_column(problem, j)) {
+        add_multiple(lhs, xj, column, problem.numrows);
         return;
     }
     const int end = problem.matbeg[j] + problem.matcnt[j];
@@ -241,14 +252,18 @@ std::int32_t walkmatrix(SolveControl* control, void* user, Visit visit, void* da
 bool copymatrix(const SolveControl& control, double* const* rows) noexcept
 {
     const Problem& problem = *control.problem;
-    if (is_sparse(problem) || control.elasticmode != 0) return false;
-
     const int m = problem.numrows, n = problem.numcols;
+    if (control.elasticmode != 0) return false;
+    for (int j = 0; j < n; ++j)
+        if (!full_column(problem, j)) return false;
+
+    const bool sparse = is_sparse(problem);
     // A line of rows at a time, so that reading and writing both go by cache lines.
     for (int first = 0; first < m; first += LINE) {
         const int count = std::min(LINE, m - first);
         for (int j = 0; j < n; ++j) {
-            const double* from = problem.matval + static_cast<std::ptrdiff_t>(m) * j + first;
+            const std::ptrdiff_t start = sparse ? problem.matbeg[j] : std::ptrdiff_t{m} * j;
+            const double* from = problem.matval + start + first;
             for (int i = 0; i < count; ++i) rows[first + i + 1][j + 1] = from[i];
         }
     }

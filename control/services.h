@@ -143,8 +143,9 @@ std::int32_t TARNWICK_CALL setelastic(SolveControl* control, std::int32_t var, s
 
 }  // extern "C"
 
-// What walkmatrix visits of a matrix held dense, without a call for each entry: rows[i + 1][j + 1] is entry (i, j),
-// and row numrows + 1 holds the objective. False, and nothing done, for any other model.
+// What walkmatrix visits of a matrix whose columns are all full, without a call for each entry:
+// rows[i + 1][j + 1] becomes entry (i, j), and row numrows + 1 holds the objective. False, and
+// nothing done, for any other model.
 bool copymatrix(const SolveControl& control, double* const* rows) noexcept;
 
 }  // namespace tarnwick
