@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "platform/floatcontrol.h"
+#include "platform/prefetch.h"
 
 namespace tarnwick {
 
@@ -170,6 +171,24 @@ Refusal test_senses(const LinearArguments& model) noexcept
     return is_known ? Refusal{} : Refusal{1, "sense element not E, L, G or R"};
 }
 
+// A host that solves one small model after the other has long lost their arrays from its caches.
+void prefetch_model(const LinearArguments& model) noexcept
+{
+    const MatrixArguments& matrix = model.matrix;
+    const auto n = static_cast<std::size_t>(matrix.numcols);
+    const auto m = static_cast<std::size_t>(matrix.numrows);
+    if (test_sizes(model)) return;
+    prefetch(matrix.val, n * m * sizeof(double));
+    for (const double* column : {model.obj, model.lb, model.ub})
+        prefetch(column, n * sizeof(double));
+    prefetch(model.rhs, m * sizeof(double));
+    prefetch(model.sense, m);
+    if (!matrix.ind) return;
+    prefetch(matrix.ind, n * m * sizeof(std::int32_t));
+    prefetch(matrix.beg, n * sizeof(std::int32_t));
+    prefetch(matrix.cnt, n * sizeof(std::int32_t));
+}
+
 Refusal test_model(LinearArguments& model) noexcept
 {
     if (const Refusal refusal = test_sizes(model)) return refusal;
@@ -298,11 +317,14 @@ extern "C" Problem* TARNWICK_CALL loadlp(const char* name, std::int32_t numcols,
         .lb = lb,
         .ub = ub,
     };
+    prefetch_model(model);
+    // Made first: meanwhile the model's arrays come from memory.
+    Problem* const problem = create_problem(name);
     if (const Refusal refusal = test_model(model)) {
         report(refusal, __func__);
+        release_problem(problem);
         return nullptr;
     }
-    Problem* const problem = create_problem(name);
     if (!problem) return nullptr;
 
     keep_model(*problem, model);

@@ -30,12 +30,13 @@ constexpr std::uintptr_t ALL_ONES = ~std::uintptr_t{0};
 Problem* create_problem(const char* name) noexcept
 {
     const std::size_t length = name ? std::strlen(name) : 0;
-    void* const block = allocate_block(sizeof(Problem) + length + 1);
+    void* const block = allocate_record(sizeof(Problem) + length + 1);
     if (!block) return nullptr;
 
     auto* const problem = std::construct_at(static_cast<Problem*>(block));
     problem->name = static_cast<char*>(block) + sizeof(Problem);
     std::copy_n(name, length, problem->name);
+    problem->name[length] = '\0';
     problem->self = problem;
     problem->control.problem = problem;
     set_parameter_defaults(problem->control);

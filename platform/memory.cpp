@@ -14,6 +14,8 @@ void* allocate_block(std::size_t bytes) noexcept
     return block ? std::memset(block, 0, bytes) : nullptr;
 }
 
+void* allocate_record(std::size_t bytes) noexcept { return std::malloc(bytes); }
+
 void release_block(void* block) noexcept { std::free(block); }
 
 }  // namespace tarnwick

@@ -57,6 +57,12 @@ void* allocate_block(std::size_t bytes) noexcept
     return header + 1;
 }
 
+void* allocate_record(std::size_t bytes) noexcept
+{
+    void* const block = allocate_block(bytes);
+    return block ? std::memset(block, RELEASED_BYTE, bytes) : nullptr;
+}
+
 void release_block(void* block) noexcept
 {
     if (!block) return;
