@@ -63,12 +63,12 @@ std::int32_t TARNWICK_CALL timed(SolveRun& run) noexcept
 std::int32_t TARNWICK_CALL timed_simplex(SolveRun& run) noexcept
 {
     LpEngine& lp = engine_of(run);
-    for (const auto& values : {lp.x, lp.lower, lp.upper}) tarnwick::scalecolumns(lp, values);
+    tarnwick::scalecolumns(lp, {lp.x, lp.lower, lp.upper});
     const double start = processor_seconds();
     run.result = tarnwick::solvesimplex(lp);
     seconds[SIMPLEX] += processor_seconds() - start;
     pivots += lp.iterations;
-    for (const auto& values : {lp.x, lp.lower, lp.upper}) tarnwick::unscalecolumns(lp, values);
+    tarnwick::unscalecolumns(lp, {lp.x, lp.lower, lp.upper});
     return 1;
 }
 

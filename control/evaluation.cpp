@@ -32,11 +32,10 @@ bool is_q_sparse(const Problem& problem) noexcept
     return problem.qmatbeg && problem.qmatcnt && problem.qmatind;
 }
 
-// The values of a column that lists all rows in their order, as every dense one does; else null.
+// The values of a sparse column that lists all rows in their order; else null.
 const double* full_column(const Problem& problem, int j) noexcept
 {
     const int m = problem.numrows;
-    if (!is_sparse(problem)) return problem.matval + static_cast<std::ptrdiff_t>(m) * j;
     if (problem.matcnt[j] != m) return nullptr;
     const std::int32_t* const rows = problem.matind + problem.matbeg[j];
     std::int32_t misplaced = 0;
@@ -82,8 +81,12 @@ double add_q_column(const Problem& problem, int j, const double* x, double sum) 
 
 void evaluate_arrays(Problem& problem, double* lhs, const double* x) noexcept
 {
-    for (int j = 0; j < problem.numcols; ++j)
-        if (x[j] != 0.0) add_column(problem, j, x[j], lhs);
+    if (is_sparse(problem)) {
+        for (int j = 0; j < problem.numcols; ++j)
+            if (x[j] != 0.0) add_column(problem, j, x[j], lhs);
+    } else {
+        add_columns(lhs, problem.matval, x, problem.numrows, problem.numcols);
+    }
 
     double objective = linear_objective(problem, x);
     if (has_quadratic_part(problem))
@@ -249,15 +252,22 @@ std::int32_t walkmatrix(SolveControl* control, void* user, Visit visit, void* da
     return walk_elastic_rows(*control, visitor) && walk_elastic_objective(*control, visitor);
 }
 
+bool ishomogeneous(const SolveControl& control) noexcept
+{
+    const Problem& problem = *control.problem;
+    return is_lp_family(problem.problemtype) && !has_quadratic_part(problem) &&
+           control.elasticmode == 0;
+}
+
 bool copymatrix(const SolveControl& control, double* const* rows) noexcept
 {
     const Problem& problem = *control.problem;
     const int m = problem.numrows, n = problem.numcols;
     if (control.elasticmode != 0) return false;
-    for (int j = 0; j < n; ++j)
+    const bool sparse = is_sparse(problem);
+    for (int j = 0; sparse && j < n; ++j)
         if (!full_column(problem, j)) return false;
 
-    const bool sparse = is_sparse(problem);
     // A line of rows at a time, so that reading and writing both go by cache lines.
     for (int first = 0; first < m; first += LINE) {
         const int count = std::min(LINE, m - first);

@@ -51,14 +51,19 @@ double direction_of(const LpEngine& lp, int label) noexcept
     return label > lp.n || rests_at_lower(lp, label) ? 1.0 : -1.0;
 }
 
-// The cost range of the variable basic in row i.
-void range_basic_cost(LpEngine& lp, int i, int label) noexcept
+// The cost ranges of the basic variables. The arrays of the ratio test are idle by now.
+void range_basic_costs(LpEngine& lp) noexcept
 {
-    const Room room = room_of_cost(lp.tableau[i], lp.rise.data(), lp.tableau[0], lp.tableau.width(),
-                                   NEGLIGIBLE, INFINITE_BOUND);
-    lp.objup[label] = room.up;
-    lp.objdown[label] = room.down;
-    lp.dj[label] = 0.0;
+    const Vec<double> up = lp.steps, down = lp.column;
+    rooms_of_costs(lp.tableau.rows(), lp.rowlabel.data(), lp.n, lp.m, lp.rise.data(), lp.tableau[0],
+                   up.data(), down.data(), lp.tableau.width(), NEGLIGIBLE, INFINITE_BOUND);
+    for (int i = 1; i <= lp.m; ++i) {
+        const int label = lp.rowlabel[i];
+        if (label > lp.n) continue;
+        lp.objup[label] = up[i];
+        lp.objdown[label] = down[i];
+        lp.dj[label] = 0.0;
+    }
 }
 
 void range_nonbasic_cost(LpEngine& lp, int j, int label) noexcept
@@ -74,8 +79,7 @@ void analyse_columns(LpEngine& lp) noexcept
 {
     std::fill_n(lp.rise.data(), lp.tableau.width(), 0.0);
     for (int j = 1; j <= lp.n; ++j) lp.rise[j] = direction_of(lp, lp.collabel[j]);
-    for (int i = 1; i <= lp.m; ++i)
-        if (lp.rowlabel[i] <= lp.n) range_basic_cost(lp, i, lp.rowlabel[i]);
+    range_basic_costs(lp);
     for (int j = 1; j <= lp.n; ++j)
         if (lp.collabel[j] <= lp.n) range_nonbasic_cost(lp, j, lp.collabel[j]);
     if (!lp.maximize) return;
@@ -105,17 +109,21 @@ void range_free_row(LpEngine& lp, int k, double value) noexcept
         store_row_range(lp, k, value, INFINITE_BOUND);
 }
 
-// How far the variable of each column could move before the basic variable of row r meets a bound;
-// rows are taken one by one, as they lie in memory.
-void shrink_room_by_row(LpEngine& lp, int r) noexcept
+// How far the variable of each column could move before a basic variable meets a bound.
+void find_room_of_columns(LpEngine& lp) noexcept
 {
     constexpr double NO_BOUND = std::numeric_limits<double>::infinity();
-    const double value = lp.tableau[r][0];
-    const double lower = lowerof(lp, lp.rowlabel[r]), upper = upperof(lp, lp.rowlabel[r]);
-    const double to_lower = lower > -INFINITE_BOUND ? std::max(value - lower, 0.0) : NO_BOUND;
-    const double to_upper = upper < INFINITE_BOUND ? std::max(upper - value, 0.0) : NO_BOUND;
-    shrink_room(lp.rise.data(), lp.fall.data(), lp.tableau[r], to_lower, to_upper,
-                lp.tableau.width(), NEGLIGIBLE);
+    const Vec<double> to_lower = lp.steps, to_upper = lp.column;
+    for (int i = 1; i <= lp.m; ++i) {
+        const double value = lp.tableau[i][0];
+        const double lower = lowerof(lp, lp.rowlabel[i]), upper = upperof(lp, lp.rowlabel[i]);
+        to_lower[i] = lower > -INFINITE_BOUND ? std::max(value - lower, 0.0) : NO_BOUND;
+        to_upper[i] = upper < INFINITE_BOUND ? std::max(upper - value, 0.0) : NO_BOUND;
+    }
+    std::fill_n(lp.rise.first(), lp.n, INFINITE_BOUND);
+    std::fill_n(lp.fall.first(), lp.n, INFINITE_BOUND);
+    shrink_rooms(lp.rise.data(), lp.fall.data(), lp.tableau.rows(), lp.m, to_lower.data(),
+                 to_upper.data(), lp.tableau.width(), NEGLIGIBLE);
 }
 
 // The logical variable is nonbasic: the row is binding and has a dual.
@@ -136,9 +144,7 @@ void analyse_rows(LpEngine& lp) noexcept
     for (int i = 1; i <= lp.m; ++i)
         if (lp.rowlabel[i] > lp.n) range_free_row(lp, lp.rowlabel[i] - lp.n, lp.tableau[i][0]);
 
-    std::fill_n(lp.rise.first(), lp.n, INFINITE_BOUND);
-    std::fill_n(lp.fall.first(), lp.n, INFINITE_BOUND);
-    for (int r = 1; r <= lp.m; ++r) shrink_room_by_row(lp, r);
+    find_room_of_columns(lp);
     for (int j = 1; j <= lp.n; ++j)
         if (lp.collabel[j] > lp.n) range_binding_row(lp, lp.collabel[j] - lp.n, j);
 
@@ -151,19 +157,14 @@ void analyse_rows(LpEngine& lp) noexcept
 // The rows stay in real units: nothing here reads them.
 void scale_point(LpEngine& lp) noexcept
 {
-    scalecolumns(lp, lp.x);
-    scalecolumns(lp, lp.lower);
-    scalecolumns(lp, lp.upper);
+    if (!lp.pointisscaled) scalecolumns(lp, {lp.x, lp.lower, lp.upper});
 }
 
 void unscale_solution(LpEngine& lp) noexcept
 {
-    unscalecolumns(lp, lp.lower);
-    unscalecolumns(lp, lp.x);
-    unscalecolumns(lp, lp.upper);
-    unscalegradient(lp, lp.dj);
-    unscalerowvalues(lp, lp.rowlower);
-    unscalerowvalues(lp, lp.rowupper);
+    unscalecolumns(lp, {lp.lower, lp.x, lp.upper});
+    unscalegradient(lp, {lp.dj});
+    unscalerowvalues(lp, {lp.rowlower, lp.rowupper});
     unscaleduals(lp, lp.pi);
 }
 
@@ -183,12 +184,8 @@ SolutionRecord solution_record(const LpEngine& lp) noexcept
 
 SensitivityRecord sensitivity_record(LpEngine& lp) noexcept
 {
-    unscalegradient(lp, lp.grad);
-    unscalegradient(lp, lp.objup);
-    unscalegradient(lp, lp.objdown);
-    unscalerowvalues(lp, lp.rhs);
-    unscalerowvalues(lp, lp.rhsup);
-    unscalerowvalues(lp, lp.rhsdown);
+    unscalegradient(lp, {lp.grad, lp.objup, lp.objdown});
+    unscalerowvalues(lp, {lp.rhs, lp.rhsup, lp.rhsdown});
     return {.columns = lp.n,
             .cost = lp.grad.first(),
             .costup = lp.objup.first(),
@@ -234,10 +231,10 @@ bool probe_column(LpEngine& lp, int j) noexcept
     constexpr double PROBE = 8.0;
     lp.iterate[j] = PROBE;
     lp.iterate[j - 1] = 0.0;
-    scalecolumns(lp, lp.iterate);
+    scalecolumns(lp, {lp.iterate});
     const double p = lp.iterate[j];
     if (!evalrows(lp, lp.rowprobe, lp.iterate)) return false;
-    unscalecolumns(lp, lp.iterate);
+    unscalecolumns(lp, {lp.iterate});
 
     for (int i = 1; i <= lp.m; ++i) {
         const double* const row = lp.tableau[i];
@@ -265,9 +262,9 @@ void diagnose_model(LpEngine& lp) noexcept
         if (lp.dj[j] == NO_RESULT) lp.dj[j] = FITS;
     for (int i = 1; i <= lp.m; ++i)
         if (lp.pi[i] == NO_RESULT) lp.pi[i] = FITS;
-    scalegradient(lp, lp.dj);
+    scalegradient(lp, {lp.dj});
     for (int i = 1; i <= lp.m; ++i) lp.pi[i] = scaleobjective(lp, lp.pi[i]);
-    unscalerowvalues(lp, lp.pi);
+    unscalerowvalues(lp, {lp.pi});
 }
 
 }  // namespace

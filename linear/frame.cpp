@@ -31,7 +31,7 @@ LpEngine* engine_of(const SolveRun& run) noexcept { return static_cast<LpEngine*
 
 LpEngine* create_engine(SolveControl* control) noexcept
 {
-    void* const block = allocate_block(sizeof(LpEngine));
+    void* const block = allocate_record(sizeof(LpEngine));
     if (!block) return nullptr;
     auto* const lp = new (block) LpEngine;
     lp->control = control;
@@ -133,11 +133,9 @@ void scale_model(LpEngine& lp) noexcept
 
     computescales(lp);
     scaletableau(lp);
-    scalecolumns(lp, lp.start);
-    scalerowvalues(lp, lp.rowlower);
-    scalerowvalues(lp, lp.rowupper);
-    scalerowvalues(lp, lp.rhs);
-    scalegradient(lp, lp.grad);
+    scalecolumns(lp, {lp.start});
+    scalerowvalues(lp, {lp.rowlower, lp.rowupper, lp.rhs});
+    scalegradient(lp, {lp.grad});
 }
 
 EngineResult set_up(LpEngine& lp) noexcept
@@ -204,6 +202,15 @@ EngineResult solve_scaled(LpEngine& lp, double& objective) noexcept
     return checkanswer(lp, code);
 }
 
+bool is_direct(const SolveRun& run) noexcept { return (run.flags & RUN_DIRECT) != 0; }
+
+// Nobody reads the point between the only solve of a run and the analysis, which works in scaled
+// units too, when the check of the answer has just evaluated this very point.
+bool goes_straight_to_analysis(const LpEngine& lp, const SolveRun& run) noexcept
+{
+    return is_direct(run) && run.result == ENGINE_OPTIMAL && lp.rowsarecurrent;
+}
+
 bool may_go_on(EngineResult code) noexcept
 {
     return code == ENGINE_OPTIMAL || code == ENGINE_UNBOUNDED || code == ENGINE_INFEASIBLE;
@@ -226,13 +233,10 @@ std::int32_t lpsolve(SolveRun& run) noexcept
         return 0;
     }
 
-    scalecolumns(lp, lp.x);
-    scalecolumns(lp, lp.lower);
-    scalecolumns(lp, lp.upper);
+    scalecolumns(lp, {lp.x, lp.lower, lp.upper});
     run.result = solve_scaled(lp, run.objective);
-    unscalecolumns(lp, lp.x);
-    unscalecolumns(lp, lp.lower);
-    unscalecolumns(lp, lp.upper);
+    lp.pointisscaled = goes_straight_to_analysis(lp, run);
+    if (!lp.pointisscaled) unscalecolumns(lp, {lp.x, lp.lower, lp.upper});
     run.objective = unscaleobjective(lp, run.objective);
     return may_go_on(run.result) ? 1 : 0;
 }
@@ -244,15 +248,13 @@ namespace {
 void store_results(LpEngine& lp, const SolveRun& run) noexcept
 {
     reportprogress(lp.control, EVENT_FINAL, 0, 0.0);
-    const bool is_direct = (run.flags & RUN_DIRECT) != 0;
-    // The check of the answer has just evaluated this very point, unless a strategy has moved it.
-    if (lp.rowsarecurrent && is_direct)
-        unscalerowvalues(lp, lp.rowvalue);
+    if (lp.pointisscaled)
+        unscalerowvalues(lp, {lp.rowvalue});
     else
         evalfunctions(lp.control, lp.rowvalue.first(), lp.x.first());
     reportprogress(lp.control, EVENT_FINAL_DONE, 0, 0.0);
 
-    if (run.result == ENGINE_OPTIMAL && is_direct) {
+    if (run.result == ENGINE_OPTIMAL && is_direct(run)) {
         finishlinear(lp);
         return;
     }

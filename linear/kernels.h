@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 namespace tarnwick {
 
 // The inner loops over the tableau and its arrays. They run over whole cache lines: every array
@@ -54,41 +56,38 @@ int find_value(const double* values, double value, int first, int last) noexcept
 
 // ---- the analysis
 
-// The smallest |costs[j] / a| over the columns with a = row[j] * sign[j] above `floor`, and over
-// those with a below -floor; `limit` where there is none. A zero sign keeps a column out.
-struct Room {
-    double up;
-    double down;
-};
-Room room_of_cost(const double* row, const double* sign, const double* costs, int width,
-                  double floor, double limit) noexcept;
+// For each of the rows 1..m whose label is at most `last_label`: up[i] is the smallest |costs[j] / a|
+// over the columns with a = row[j] * sign[j] above `floor`, down[i] that over those with a below
+// -floor; `limit` where there is none. A zero sign keeps a column out.
+void rooms_of_costs(double* const* rows, const std::int32_t* labels, int last_label, int m,
+                    const double* sign, const double* costs, double* up, double* down, int width,
+                    double floor, double limit) noexcept;
 
 // Shrinks rise[j] and fall[j], how far the variable of column j can move before a basic variable
-// meets a bound, by a row whose variable is `to_lower` and `to_upper` away from its own. Elements
-// below `floor` in magnitude take no part.
-void shrink_room(double* rise, double* fall, const double* row, double to_lower, double to_upper,
-                 int width, double floor) noexcept;
+// meets a bound, by the rows 1..m, whose variables are to_lower[i] and to_upper[i] away from theirs.
+// Elements below `floor` in magnitude take no part.
+void shrink_rooms(double* rise, double* fall, double* const* rows, int m, const double* to_lower,
+                  const double* to_upper, int width, double floor) noexcept;
 
 // ---- scaling
 
-// Smallest and largest magnitude above `floor`; infinity and 0 when there is none.
-struct Magnitudes {
-    double smallest;
-    double largest;
-};
-Magnitudes magnitudes(const double* values, int width, double floor) noexcept;
+// The smallest and the largest magnitude above `floor` in each of the rows 1..m; infinity and 0 when
+// there is none.
+void row_magnitudes(double* smallest, double* largest, double* const* rows, int m, int width,
+                    double floor) noexcept;
 
-// Widens the ranges smallest[j]..largest[j] by |values[j]| * factor where |values[j]| is above
-// `floor`.
-void widen_ranges(double* smallest, double* largest, const double* values, double factor, int width,
-                  double floor) noexcept;
+// Widens the ranges smallest[j]..largest[j] by |rows[i][j]| * factors[i] for i = 1..m where |rows[i][j]|
+// is above `floor`.
+void column_magnitudes(double* smallest, double* largest, double* const* rows,
+                       const double* factors, int m, int width, double floor) noexcept;
 
-// values[j] = values[j] * factor * factors[j], magnitudes below `floor` as zero.
-void scale_entries(double* values, double factor, const double* factors, int width,
-                   double floor) noexcept;
+// rows[i][j] = rows[i][j] * row_factors[i] * factors[j] for i = 1..m, magnitudes below `floor` as zero.
+void scale_entries(double* const* rows, const double* row_factors, const double* factors, int m,
+                   int width, double floor) noexcept;
 
-// values[k] *= factor, then *= factors[k]; magnitudes of `infinite` and more stay as they are.
-void scale_values(double* values, double factor, const double* factors, int width,
+// In each of the arrays values[k] *= factor, then *= factors[k]; magnitudes of `infinite` and more
+// stay as they are.
+void scale_values(double* const* arrays, int count, double factor, const double* factors, int width,
                   double infinite) noexcept;
 
 }  // namespace tarnwick

@@ -25,11 +25,11 @@ namespace tarnwick {
 
 bool evalrows(const LpEngine& lp, Vec<double> target, Vec<double> point) noexcept
 {
-    unscalecolumns(lp, point);
+    unscalecolumns(lp, {point});
     const bool is_evaluated = evalfunctions(lp.control, target.first(), point.first()) != 0;
-    scalecolumns(lp, point);
+    scalecolumns(lp, {point});
     if (!is_evaluated || reportprogress(lp.control, EVENT_POLL, 0, 0.0) != STOP_NONE) return false;
-    scalerowvalues(lp, target);
+    scalerowvalues(lp, {target});
     return true;
 }
 
@@ -80,8 +80,20 @@ LpMode probe_objective(LpEngine& lp, double f0, double f4, double f8) noexcept
     return (std::fabs(f2) + 1.0) * lp.tol > gap ? MODE_QUADRATIC : MODE_NONE;
 }
 
+// A model of plain arrays is homogeneous, F(0) = 0 and F(4) = F(8) / 2 to the last bit, so that one
+// evaluation says all: whether the numbers are any.
+LpMode probe_arrays(LpEngine& lp) noexcept
+{
+    if (!evaluate_everywhere(lp, lp.rowvalue, 8.0)) return MODE_NONE;
+    bool all_finite = true;
+    for (int i = 1; i <= lp.m + 1; ++i) all_finite = all_finite && std::isfinite(lp.rowvalue[i]);
+    std::fill_n(lp.rowbase.data(), lp.m + 2, 0.0);
+    return all_finite ? MODE_LINEAR : MODE_NONE;
+}
+
 LpMode probe(LpEngine& lp) noexcept
 {
+    if (ishomogeneous(*lp.control)) return probe_arrays(lp);
     if (!evaluate_everywhere(lp, lp.rowbase, 0.0) || !evaluate_everywhere(lp, lp.rowvalue, 8.0) ||
         !evaluate_everywhere(lp, lp.rowprobe, 4.0))
         return MODE_NONE;

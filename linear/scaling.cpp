@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cassert>
 #include <cmath>
 #include <limits>
 #include <utility>
@@ -39,10 +40,10 @@ int exponent_field(double value) noexcept
 
 // The middle of a range of exponents, towards zero. The exponent grows with the magnitude, so the
 // smallest and the largest magnitude give the range; without any entry it is 0.
-int middle_exponent(const Magnitudes& range) noexcept
+int middle_exponent(double smallest, double largest) noexcept
 {
-    if (!(range.largest > 0.0)) return 0;
-    return (exponentof(range.largest) + exponentof(range.smallest)) / 2;
+    if (!(largest > 0.0)) return 0;
+    return (exponentof(largest) + exponentof(smallest)) / 2;
 }
 
 // The exact power of two. The exponents of rows and columns lie well within those of the numbers,
@@ -82,24 +83,35 @@ double shiftexponent(double value, int power) noexcept
 
 namespace {
 
-// One walk over the tableau centres the rows and gathers what they leave of the columns; the ranges
-// of the columns stand in two arrays that are idle during set-up.
-void centre_rows_and_columns(LpEngine& lp) noexcept
+// The constants of the rows are no entries: column 0 is zero meanwhile. The arrays of the simplex and
+// of the analysis are idle during set-up.
+void centre_rows(LpEngine& lp) noexcept
 {
-    const Vec<double> smallest = lp.rise, largest = lp.fall;
+    const Vec<double> smallest = lp.steps, largest = lp.column;
+    row_magnitudes(smallest.data(), largest.data(), lp.tableau.rows(), lp.m, lp.tableau.width(),
+                   SMALLEST_ENTRY);
+    for (int i = 1; i <= lp.m; ++i) lp.rowexp[i] = middle_exponent(smallest[i], largest[i]);
+}
+
+// What the rows have left of the range of each column.
+void centre_columns(LpEngine& lp) noexcept
+{
+    const Vec<double> smallest = lp.rise, largest = lp.fall, factors = lp.steps;
     std::fill_n(smallest.first(), lp.n, std::numeric_limits<double>::infinity());
     std::fill_n(largest.first(), lp.n, 0.0);
+    for (int i = 1; i <= lp.m; ++i) factors[i] = power_of_two(-lp.rowexp[i]);
+    column_magnitudes(smallest.data(), largest.data(), lp.tableau.rows(), factors.data(), lp.m,
+                      lp.tableau.width(), SMALLEST_ENTRY);
+    for (int j = 1; j <= lp.n; ++j) lp.colexp[j] = -middle_exponent(smallest[j], largest[j]);
+}
 
-    for (int i = 1; i <= lp.m; ++i) {
-        double* const row = lp.tableau[i];
-        const double constant = std::exchange(row[0], 0.0);  // right-hand sides don't count
-        const int middle = middle_exponent(magnitudes(row, lp.tableau.width(), SMALLEST_ENTRY));
-        lp.rowexp[i] = middle;
-        widen_ranges(smallest.data(), largest.data(), row, power_of_two(-middle),
-                     lp.tableau.width(), SMALLEST_ENTRY);
-        row[0] = constant;
-    }
-    for (int j = 1; j <= lp.n; ++j) lp.colexp[j] = -middle_exponent({smallest[j], largest[j]});
+void centre_rows_and_columns(LpEngine& lp) noexcept
+{
+    const Vec<double> constants = lp.basicvalue;
+    for (int i = 1; i <= lp.m; ++i) constants[i] = std::exchange(lp.tableau[i][0], 0.0);
+    centre_rows(lp);
+    centre_columns(lp);
+    for (int i = 1; i <= lp.m; ++i) lp.tableau[i][0] = constants[i];
 }
 
 void centre_objective(LpEngine& lp) noexcept
@@ -159,53 +171,58 @@ void scale_costs(LpEngine& lp) noexcept
 void scaletableau(LpEngine& lp) noexcept
 {
     scale_costs(lp);
-    for (int i = 1; i <= lp.m; ++i) {
-        scale_entries(lp.tableau[i], lp.rowdown[i], lp.colup.data(), lp.tableau.width(),
-                      SMALLEST_ENTRY);
-    }
+    scale_entries(lp.tableau.rows(), lp.rowdown.data(), lp.colup.data(), lp.m, lp.tableau.width(),
+                  SMALLEST_ENTRY);
 }
 
 // ---- vectors
 
 namespace {
 
+constexpr std::size_t MOST_ARRAYS = 5;  // of the same units, in one call
+
 // values *= common, then *= factors, element by element; infinite values stay. Whole cache lines,
 // which an array block gives to every array.
-void multiply(Vec<double> values, double common, Vec<const double> factors) noexcept
+void multiply(VectorList vectors, double common, Vec<const double> factors) noexcept
 {
-    scale_values(values.data(), common, factors.data(), whole_lines(values.size()), INFINITE_BOUND);
+    assert(vectors.size() <= MOST_ARRAYS);
+    double* arrays[MOST_ARRAYS];
+    int count = 0;
+    for (const Vec<double>& values : vectors) arrays[count++] = values.data();
+    scale_values(arrays, count, common, factors.data(), whole_lines(factors.size()),
+                 INFINITE_BOUND);
 }
 
 }  // namespace
 
-void scalecolumns(const LpEngine& lp, Vec<double> values) noexcept
+void scalecolumns(const LpEngine& lp, VectorList vectors) noexcept
 {
-    if (lp.colscaled) multiply(values, 1.0, lp.coldown);
+    if (lp.colscaled) multiply(vectors, 1.0, lp.coldown);
 }
 
-void unscalecolumns(const LpEngine& lp, Vec<double> values) noexcept
+void unscalecolumns(const LpEngine& lp, VectorList vectors) noexcept
 {
-    if (lp.colscaled) multiply(values, 1.0, lp.colup);
+    if (lp.colscaled) multiply(vectors, 1.0, lp.colup);
 }
 
-void scalerowvalues(const LpEngine& lp, Vec<double> values) noexcept
+void scalerowvalues(const LpEngine& lp, VectorList vectors) noexcept
 {
-    if (lp.rowscaled) multiply(values, 1.0, lp.rowdown);
+    if (lp.rowscaled) multiply(vectors, 1.0, lp.rowdown);
 }
 
-void unscalerowvalues(const LpEngine& lp, Vec<double> values) noexcept
+void unscalerowvalues(const LpEngine& lp, VectorList vectors) noexcept
 {
-    if (lp.rowscaled) multiply(values, 1.0, lp.rowup);
+    if (lp.rowscaled) multiply(vectors, 1.0, lp.rowup);
 }
 
-void scalegradient(const LpEngine& lp, Vec<double> values) noexcept
+void scalegradient(const LpEngine& lp, VectorList vectors) noexcept
 {
-    if (lp.rowscaled || lp.colscaled) multiply(values, lp.rowdown[0], lp.colup);
+    if (lp.rowscaled || lp.colscaled) multiply(vectors, lp.rowdown[0], lp.colup);
 }
 
-void unscalegradient(const LpEngine& lp, Vec<double> values) noexcept
+void unscalegradient(const LpEngine& lp, VectorList vectors) noexcept
 {
-    if (lp.rowscaled || lp.colscaled) multiply(values, lp.rowup[0], lp.coldown);
+    if (lp.rowscaled || lp.colscaled) multiply(vectors, lp.rowup[0], lp.coldown);
 }
 
 void unscaleduals(const LpEngine& lp, Vec<double> values) noexcept

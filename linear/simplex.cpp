@@ -174,10 +174,10 @@ EngineResult reportiterate(LpEngine& lp) noexcept
 
     refreshiterate(lp);
     reportprogress(lp.control, EVENT_FINAL, 0, 0.0);
-    unscalecolumns(lp, lp.iterate);
+    unscalecolumns(lp, {lp.iterate});
     evalfunctions(lp.control, lp.rowprobe.first(), lp.iterate.first());
-    scalecolumns(lp, lp.iterate);
-    scalerowvalues(lp, lp.rowprobe);
+    scalecolumns(lp, {lp.iterate});
+    scalerowvalues(lp, {lp.rowprobe});
     return stopresult(reportprogress(lp.control, EVENT_FINAL_DONE, 0, 0.0), ENGINE_OPTIMAL);
 }
 

@@ -93,10 +93,10 @@ TEST(Scaling, centres_rows_then_columns_then_the_costs)
         for (int j = 0; j <= 2; ++j)
             EXPECT_EQ(lp.tableau[i][j], scaled[i][j]) << "element " << i << ", " << j;
 
-    scalecolumns(lp, lp.lower);
+    scalecolumns(lp, {lp.lower});
     EXPECT_EQ(lp.lower[1], -INF) << "infinite in every unit";
     EXPECT_EQ(lp.lower[2], -1e29 * 32.0) << "large is not infinite";
-    unscalecolumns(lp, lp.lower);
+    unscalecolumns(lp, {lp.lower});
     EXPECT_EQ(lp.lower[1], -INF);
 }
 

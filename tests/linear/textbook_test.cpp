@@ -64,7 +64,7 @@ int expect_the_textbook(const LinearModel& model, std::int32_t iterlimit, Matrix
     EngineRun engine(loaded.lp);
     EXPECT_EQ(engine.ready, 1);
     LpEngine& lp = engine.record();
-    for (const Vec<double> values : {lp.x, lp.lower, lp.upper}) scalecolumns(lp, values);
+    scalecolumns(lp, {lp.x, lp.lower, lp.upper});
     if (spoil) {
         // Behind a division by an infinity there are no numbers to agree on.
         spoil(lp, seed);
