@@ -194,50 +194,129 @@ int find_value(const double* values, double value, int first, int last) noexcept
 
 // ---- the analysis
 
+// The work on one row stands in a function of its own: there the compiler believes that arrays don't
+// overlap.
+
+namespace {
+
+struct Rooms {
+    double up, down;
+};
+
+[[gnu::always_inline]] inline Rooms rooms_of_cost(const double* __restrict row,
+                                                  const double* __restrict sign,
+                                                  const double* __restrict costs, int width,
+                                                  double floor, double limit)
+{
+    std::int64_t up = rank(limit), down = rank(limit);
+    for (int j = 0; j < whole(width); ++j) {
+        const double a = row[j] * sign[j];
+        const double room = std::fabs(costs[j] / a);
+        up = std::min(up, rank(a > floor ? room : limit));
+        down = std::min(down, rank(a < -floor ? room : limit));
+    }
+    return {of_rank(up), of_rank(down)};
+}
+
+[[gnu::always_inline]] inline void shrink_by_row(double* __restrict rise, double* __restrict fall,
+                                                 const double* __restrict row, double to_lower,
+                                                 double to_upper, int width, double floor)
+{
+    for (int j = 0; j < whole(width); ++j) {
+        const double a = row[j], size = std::fabs(a);
+        const double up = (a > 0.0 ? to_lower : to_upper) / size;
+        const double down = (a > 0.0 ? to_upper : to_lower) / size;
+        const double risen = up < rise[j] ? up : rise[j];
+        const double fallen = down < fall[j] ? down : fall[j];
+        rise[j] = size >= floor ? risen : rise[j];
+        fall[j] = size >= floor ? fallen : fall[j];
+    }
+}
+
+}  // namespace
+
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
 void rooms_of_costs(double* const* rows, const std::int32_t* labels, int last_label, int m,
-                    const double* __restrict sign, const double* __restrict costs, double* up,
-                    double* down, int width, double floor, double limit) noexcept
+                    const double* sign, const double* costs, double* up, double* down, int width,
+                    double floor, double limit) noexcept
 {
     for (int i = 1; i <= m; ++i) {
         if (labels[i] > last_label) continue;
-        const double* __restrict row = rows[i];
-        std::int64_t least_up = rank(limit), least_down = rank(limit);
-        for (int j = 0; j < whole(width); ++j) {
-            const double a = row[j] * sign[j];
-            const double room = std::fabs(costs[j] / a);
-            least_up = std::min(least_up, rank(a > floor ? room : limit));
-            least_down = std::min(least_down, rank(a < -floor ? room : limit));
-        }
-        up[i] = of_rank(least_up);
-        down[i] = of_rank(least_down);
+        const Rooms rooms = rooms_of_cost(rows[i], sign, costs, width, floor, limit);
+        up[i] = rooms.up;
+        down[i] = rooms.down;
     }
 }
 
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
-void shrink_rooms(double* __restrict rise, double* __restrict fall, double* const* rows, int m,
-                  const double* to_lower, const double* to_upper, int width, double floor) noexcept
+void shrink_rooms(double* rise, double* fall, double* const* rows, int m, const double* to_lower,
+                  const double* to_upper, int width, double floor) noexcept
 {
-    for (int i = 1; i <= m; ++i) {
-        const double* __restrict row = rows[i];
-        const double lower = to_lower[i], upper = to_upper[i];
-        for (int j = 0; j < whole(width); ++j) {
-            const double a = row[j], size = std::fabs(a);
-            const double up = (a > 0.0 ? lower : upper) / size;
-            const double down = (a > 0.0 ? upper : lower) / size;
-            const double risen = up < rise[j] ? up : rise[j];
-            const double fallen = down < fall[j] ? down : fall[j];
-            rise[j] = size >= floor ? risen : rise[j];
-            fall[j] = size >= floor ? fallen : fall[j];
-        }
-    }
+    for (int i = 1; i <= m; ++i)
+        shrink_by_row(rise, fall, rows[i], to_lower[i], to_upper[i], width, floor);
 }
 
 // ---- scaling
+
+namespace {
+
+struct Magnitudes {
+    double smallest, largest;
+};
+
+[[gnu::always_inline]] inline Magnitudes magnitudes(const double* __restrict values, int width,
+                                                    double floor)
+{
+    std::int64_t smallest = rank(INFINITE), largest = 0;
+    for (int j = 0; j < whole(width); ++j) {
+        const double size = std::fabs(values[j]);
+        const std::int64_t mask = -static_cast<std::int64_t>(size > floor);  // all bits, or none
+        largest = std::max(largest, rank(size) & mask);
+        smallest = std::min(smallest, (rank(size) & mask) | (rank(INFINITE) & ~mask));
+    }
+    return {of_rank(smallest), of_rank(largest)};
+}
+
+[[gnu::always_inline]] inline void widen_by_row(double* __restrict smallest,
+                                                double* __restrict largest,
+                                                const double* __restrict row, double factor,
+                                                int width, double floor)
+{
+    for (int j = 0; j < whole(width); ++j) {
+        const double size = std::fabs(row[j]), scaled = size * factor;
+        const double high = scaled > largest[j] ? scaled : largest[j];
+        const double low = scaled < smallest[j] ? scaled : smallest[j];
+        largest[j] = size > floor ? high : largest[j];
+        smallest[j] = size > floor ? low : smallest[j];
+    }
+}
+
+[[gnu::always_inline]] inline void scale_row(double* __restrict row, double factor,
+                                             const double* __restrict factors, int width,
+                                             double floor)
+{
+    for (int j = 0; j < whole(width); ++j) {
+        const double value = std::fabs(row[j]) < floor ? 0.0 : row[j];
+        row[j] = value * factor * factors[j];
+    }
+}
+
+[[gnu::always_inline]] inline void scale_array(double* __restrict values, double factor,
+                                               const double* __restrict factors, int width,
+                                               double infinite)
+{
+    for (int k = 0; k < whole(width); ++k) {
+        const double value = values[k];
+        const double once = std::fabs(value) >= infinite ? value : value * factor;
+        values[k] = std::fabs(once) >= infinite ? once : once * factors[k];
+    }
+}
+
+}  // namespace
 
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
@@ -246,53 +325,28 @@ void row_magnitudes(double* smallest, double* largest, double* const* rows, int 
                     double floor) noexcept
 {
     for (int i = 1; i <= m; ++i) {
-        const double* __restrict values = rows[i];
-        std::int64_t low = rank(INFINITE), high = 0;
-        for (int j = 0; j < whole(width); ++j) {
-            const double size = std::fabs(values[j]);
-            const std::int64_t mask =
-                -static_cast<std::int64_t>(size > floor);  // all bits, or none
-            high = std::max(high, rank(size) & mask);
-            low = std::min(low, (rank(size) & mask) | (rank(INFINITE) & ~mask));
-        }
-        smallest[i] = of_rank(low);
-        largest[i] = of_rank(high);
+        const Magnitudes range = magnitudes(rows[i], width, floor);
+        smallest[i] = range.smallest;
+        largest[i] = range.largest;
     }
 }
 
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
-void column_magnitudes(double* __restrict smallest, double* __restrict largest, double* const* rows,
-                       const double* factors, int m, int width, double floor) noexcept
+void column_magnitudes(double* smallest, double* largest, double* const* rows, const double* factors,
+                       int m, int width, double floor) noexcept
 {
-    for (int i = 1; i <= m; ++i) {
-        const double* __restrict values = rows[i];
-        const double factor = factors[i];
-        for (int j = 0; j < whole(width); ++j) {
-            const double size = std::fabs(values[j]), scaled = size * factor;
-            const double high = scaled > largest[j] ? scaled : largest[j];
-            const double low = scaled < smallest[j] ? scaled : smallest[j];
-            largest[j] = size > floor ? high : largest[j];
-            smallest[j] = size > floor ? low : smallest[j];
-        }
-    }
+    for (int i = 1; i <= m; ++i) widen_by_row(smallest, largest, rows[i], factors[i], width, floor);
 }
 
 #if defined(TARNWICK_CLONES)
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
-void scale_entries(double* const* rows, const double* row_factors, const double* __restrict factors,
-                   int m, int width, double floor) noexcept
+void scale_entries(double* const* rows, const double* row_factors, const double* factors, int m,
+                   int width, double floor) noexcept
 {
-    for (int i = 1; i <= m; ++i) {
-        double* __restrict values = rows[i];
-        const double factor = row_factors[i];
-        for (int j = 0; j < whole(width); ++j) {
-            const double value = std::fabs(values[j]) < floor ? 0.0 : values[j];
-            values[j] = value * factor * factors[j];
-        }
-    }
+    for (int i = 1; i <= m; ++i) scale_row(rows[i], row_factors[i], factors, width, floor);
 }
 
 #if defined(TARNWICK_CLONES)
@@ -301,14 +355,7 @@ void scale_entries(double* const* rows, const double* row_factors, const double*
 void scale_values(double* const* arrays, int count, double factor, const double* factors, int width,
                   double infinite) noexcept
 {
-    for (int a = 0; a < count; ++a) {
-        double* __restrict values = arrays[a];
-        for (int k = 0; k < whole(width); ++k) {
-            const double value = values[k];
-            const double once = std::fabs(value) >= infinite ? value : value * factor;
-            values[k] = std::fabs(once) >= infinite ? once : once * factors[k];
-        }
-    }
+    for (int a = 0; a < count; ++a) scale_array(arrays[a], factor, factors, width, infinite);
 }
 
 }  // namespace tarnwick
