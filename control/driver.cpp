@@ -188,13 +188,34 @@ bool create_results(Problem& problem) noexcept
     return true;
 }
 
+// The engine of each family of models.
+struct EngineRow {
+    bool (*serves)(std::int32_t problemtype) noexcept;
+    EngineEntry engine_init, engine_solve, engine_finish;
+};
+
+constexpr EngineRow ENGINES[] = {
+    {is_lp_family, lpinit, lpsolve, lpfinish},
+};
+
+// False: this version has no engine for models of this type.
+bool fill_engines(EngineTable& engines, SolveControl& control) noexcept
+{
+    for (const EngineRow& row : ENGINES) {
+        if (!row.serves(control.problem->problemtype)) continue;
+        engines = {&control, row.engine_init, row.engine_solve, row.engine_finish};
+        return true;
+    }
+    return false;
+}
+
 EngineResult run_engine(Problem& problem) noexcept
 {
     SolveControl& control = problem.control;
     clear_counters(problem);
     if (control.elasticmode == 0) problem.hasresults = false;  // an elastic run replaces none
     if (!beginrun(&control, 0) || !create_results(problem)) return ENGINE_NOMEMORY;
-    control.engines = {&control, lpinit, lpsolve, lpfinish};
+    if (!fill_engines(control.engines, control)) return ENGINE_INTERNAL;
     return solveproblem(control.engines);
 }
 

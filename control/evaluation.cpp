@@ -158,7 +158,8 @@ std::int32_t evalcolpair(SolveControl* control, double* lhs, std::int32_t varone
     move_variable(*control, varone, xone);
     move_variable(*control, vartwo, xtwo);
     std::fill_n(lhs, problem.numrows, 0.0);
-    if (!evaluate_caller(problem, lhs, varone, vartwo)) return 0;
+    const auto known_variable = [&](std::int32_t var) { return var < problem.numcols ? var : -1; };
+    if (!evaluate_caller(problem, lhs, known_variable(varone), known_variable(vartwo))) return 0;
     if (control->elasticmode != 0) apply_elastic(*control, lhs);
     return 1;
 }

@@ -145,9 +145,12 @@ enum {
     SENSE_LESS = 'L',    /* row at most its right-hand side */
     SENSE_EQUAL = 'E',   /* row equal to it */
     SENSE_GREATER = 'G', /* row at least it */
+    SENSE_RANGE = 'R',   /* row between it and it plus the row's range; loadnlp alone */
     TYPE_CONTINUOUS = 'C',
     TYPE_INTEGER = 'I',
-    TYPE_BINARY = 'B' /* integer, with bounds 0 and 1 whatever lb and ub say */
+    TYPE_BINARY = 'B',      /* integer, with bounds 0 and 1 whatever lb and ub say */
+    DEPENDS_LINEAR = 'L',   /* kind of dependence: linear */
+    DEPENDS_NONLINEAR = 'N' /* smooth */
 };
 
 /* What getcallbackinfo gives. */
@@ -168,6 +171,51 @@ enum {
  * 5 stops as the iteration limit does, 7 or 107 as the time limit, 105 as the node limit, 104 as
  * the integer solution limit, and anything else as a stop of the user's. */
 typedef int32_t(TARNWICK_CALL* TarnwickCallback)(Problem* lp, int32_t event);
+
+/* The host's evaluation function for a model loaded with loadnlp: objective and row values at a
+ * point. Returns 0 for success; anything else, and the evaluation counts as failed.
+ *
+ *   1 lp        the model
+ *   2 numcols   its variables
+ *   3 numrows   its rows
+ *   4 objval_p  receives the objective
+ *   5 lhs       double[numrows], receives the left-hand sides of the rows; all 0 at the call
+ *   6 var       double[numcols], the point; only to be read
+ *   7 varone    this variable and
+ *   8 vartwo    that one have changed since the last call and no other; -1 for both when any may
+ *               have, and for the place of one that isn't among the model's variables
+ *
+ * lhs and var are valid during the call only. In OLE array mode both are references to references
+ * to a SAFEARRAY that is made for the call. The function may solve other models. */
+typedef int32_t(TARNWICK_CALL* TarnwickFuncEval)(Problem* lp, int32_t numcols, int32_t numrows,
+                                                 double* objval_p, double* lhs, double* var,
+                                                 int32_t varone, int32_t vartwo);
+
+/* The host's derivative function for such a model: writes the gradient of the objective into obj
+ * and the derivative of each row's entries into matval, in the layout in which the matrix was
+ * loaded. Returns 0 for success.
+ *
+ *   1 lp          the model
+ *   2 numcols     its variables
+ *   3 numrows     its rows
+ *   4 matnz       as given to loadnlp
+ *   5 objval_p    may receive the objective
+ *   6 obj         double[numcols], receives the gradient
+ *   7 matbeg      the arrays of the layout as loaded, null for the dense one
+ *   8 matcnt
+ *   9 matind
+ *  10 matval      double[matnz], or numcols runs of numrows values; receives the derivatives
+ *  11 x           double[numcols], the point; only to be read, valid during the call
+ *  12 objtype     as given to loadnltype, or null
+ *  13 matvaltype  likewise
+ *
+ * In OLE array mode the arrays are the references given at loading, null for those that came
+ * without one; x is a reference to a reference to a SAFEARRAY that is made for the call. */
+typedef int32_t(TARNWICK_CALL* TarnwickJacobian)(Problem* lp, int32_t numcols, int32_t numrows,
+                                                 int32_t matnz, double* objval_p, double* obj,
+                                                 int32_t* matbeg, int32_t* matcnt, int32_t* matind,
+                                                 double* matval, double* x, char* objtype,
+                                                 char* matvaltype);
 
 /* Message box of the host. buttons is 0 for OK, 1 for OK and Cancel; the answer is 1 for OK and
  * 2 for Cancel. The texts are valid during the call only. */
@@ -242,6 +290,53 @@ TARNWICK_API int32_t TARNWICK_CALL loadquad(Problem* lp, int32_t* qmatbeg, int32
  *
  * A letter that is none of these gives 2; the type has moved all the same. */
 TARNWICK_API int32_t TARNWICK_CALL loadctype(Problem* lp, char* ctype);
+
+/* Loads a model that is known through the host's functions
+ *
+ *     minimise or maximise f(x)   subject to   g(x) (<=, =, >=) rhs,   lb <= x <= ub
+ *
+ * and returns its handle, or null when an argument is refused or, with no message, when memory runs
+ * out. The arrays stay the host's, as in loadlp. obj and matval are buffers: the library and the
+ * host's derivative function write derivatives into them.
+ *
+ *   1 name      text or null; copied
+ *   2 numcols   variables, 1 to 400
+ *   3 numrows   rows, 0 to 200
+ *   4 objsen    1 minimise, -1 maximise
+ *   5 obj       double[numcols], buffer for the gradient of f
+ *   6 rhs       double[numrows], right-hand sides
+ *   7 sense     char[numrows], 'L' (<=), 'E' (=), 'G' (>=) or 'R' (a range, see rowrange)
+ *   8 matbeg    int32_t[numcols], the layout of the derivatives of g: as in loadlp
+ *   9 matcnt    int32_t[numcols]
+ *  10 matind    int32_t[matnz]
+ *  11 matval    double[matnz], or double[numcols * numrows] for the dense layout; buffer
+ *  12 var       double[numcols], starting point
+ *  13 lb        double[numcols], lower bounds
+ *  14 ub        double[numcols], upper bounds
+ *  15 rowrange  double[numrows] or null: an R row lies between rhs and rhs + rowrange, in whichever
+ *               order; with null it is an equality
+ *  16 matnz     length of matind and matval
+ *  17 funceval  the host's evaluation function
+ *  18 jacobian  the host's derivative function, or null
+ *
+ * Without rows, rhs, sense and matval may be null. */
+TARNWICK_API Problem* TARNWICK_CALL loadnlp(const char* name, int32_t numcols, int32_t numrows,
+                                            int32_t objsen, double* obj, double* rhs, char* sense,
+                                            int32_t* matbeg, int32_t* matcnt, int32_t* matind,
+                                            double* matval, double* var, double* lb, double* ub,
+                                            double* rowrange, int32_t matnz,
+                                            TarnwickFuncEval funceval, TarnwickJacobian jacobian);
+
+/* Says which parts of a model loaded with loadnlp are linear. A model all of whose parts are linear
+ * or smooth stays what it is; any other becomes a non-smooth one.
+ *
+ *   1 lp          the model; PROB_NLP may become PROB_NSP, and PROB_MINLP PROB_MINSP
+ *   2 objtype     char[numcols] or null: 'L' linear, 'N' smooth, any other letter non-smooth
+ *   3 matvaltype  char[matnz] or null, the same for each entry of the matrix
+ *
+ * With either array null the model counts as non-smooth. The arrays stay the host's, as in loadlp.
+ * A linear model with such a part gives 1. */
+TARNWICK_API int32_t TARNWICK_CALL loadnltype(Problem* lp, char* objtype, char* matvaltype);
 
 /* Releases a model. lp_p points at the handle, which keeps its old value and is dead afterwards. */
 TARNWICK_API int32_t TARNWICK_CALL unloadprob(Problem** lp_p);

@@ -5,6 +5,7 @@
 #include "interface/loading.h"
 
 #include <algorithm>
+#include <cstring>
 
 #include "platform/floatcontrol.h"
 #include "platform/prefetch.h"
@@ -85,7 +86,7 @@ Refusal test_columns(const MatrixArguments& matrix, const MatrixRefusals& refusa
 
 }  // namespace
 
-Refusal view_matrix(MatrixArguments& matrix, const MatrixRefusals& refusals) noexcept
+Refusal view_indices(MatrixArguments& matrix, const MatrixRefusals& refusals) noexcept
 {
     if (view_optional(matrix.beg, matrix.numcols, matrix.begref) == View::failed)
         return refusals.begview;
@@ -96,7 +97,12 @@ Refusal view_matrix(MatrixArguments& matrix, const MatrixRefusals& refusals) noe
     if (indview == View::failed) return refusals.indview;
     // A lone -1 in beg or cnt is refused as the first element; that of ind may never be looked at.
     if (indview == View::placeholder && !is_marked_dense(matrix)) matrix.ind = nullptr;
+    return {};
+}
 
+Refusal view_matrix(MatrixArguments& matrix, const MatrixRefusals& refusals) noexcept
+{
+    if (const Refusal refusal = view_indices(matrix, refusals)) return refusal;
     const auto valref = reinterpret_cast<OleReference>(matrix.val);
     if (!view_required(matrix.val, matrix.length)) return refusals.valview;
     matrix.valref = valref;
@@ -116,22 +122,48 @@ Refusal test_matrix(MatrixArguments& matrix, const MatrixRefusals& refusals) noe
     return test_columns(matrix, refusals);
 }
 
+// ---- a model
+
+bool has_only(const char* letters, std::int32_t count, const char* named) noexcept
+{
+    const char* const end = letters + std::max(count, 0);
+    return std::all_of(letters, end, [named](char letter) {
+        return letter != '\0' && std::strchr(named, letter) != nullptr;
+    });
+}
+
+void keep_model(Problem& problem, std::int32_t problemtype, const ModelArguments& model) noexcept
+{
+    const MatrixArguments& matrix = model.matrix;
+    problem.problemtype = problemtype;
+    problem.numcols = matrix.numcols;
+    problem.numrows = matrix.numrows;
+    problem.objsen = model.objsen;
+    problem.obj = model.obj;
+    problem.rhs = model.rhs;
+    problem.sense = model.sense;
+    problem.matbeg = matrix.beg;
+    problem.matcnt = matrix.cnt;
+    problem.matind = matrix.ind;
+    problem.matval = matrix.val;
+    problem.matnz = matrix.length;
+    problem.var = model.var;
+    problem.lb = model.lb;
+    problem.ub = model.ub;
+    problem.rowrange = model.rowrange;
+    problem.lastcol = matrix.numcols - 1;
+    problem.lastrow = matrix.numrows - 1;
+
+    const OleReference handles[] = {model.objref, matrix.begref, matrix.cntref, matrix.indref,
+                                    matrix.valref};
+    std::copy(std::begin(handles), std::end(handles), problem.olehandles);
+}
+
 // ---- a linear model
 
 namespace {
 
-struct LinearArguments {
-    std::int32_t objsen;
-    double* obj;
-    double* rhs;
-    char* sense;
-    MatrixArguments matrix;  // carries the sizes of the model
-    double* lb;
-    double* ub;
-    OleReference objref = nullptr;
-};
-
-Refusal test_sizes(const LinearArguments& model) noexcept
+Refusal test_sizes(const ModelArguments& model) noexcept
 {
     const SizeLimits limits = size_limits(PROB_LP);
     const std::int32_t numcols = model.matrix.numcols, numrows = model.matrix.numrows;
@@ -142,7 +174,7 @@ Refusal test_sizes(const LinearArguments& model) noexcept
     return {};
 }
 
-Refusal test_presence(const LinearArguments& model) noexcept
+Refusal test_presence(const ModelArguments& model) noexcept
 {
     if (!model.obj || !model.rhs) return {1, "obj or rhs is not a valid array"};
     if (!model.sense) return {1, "sense is not a valid array"};
@@ -151,7 +183,7 @@ Refusal test_presence(const LinearArguments& model) noexcept
     return {};
 }
 
-Refusal view_model(LinearArguments& model) noexcept
+Refusal view_model(ModelArguments& model) noexcept
 {
     const std::int32_t numcols = model.matrix.numcols, numrows = model.matrix.numrows;
     model.objref = reinterpret_cast<OleReference>(model.obj);
@@ -164,15 +196,8 @@ Refusal view_model(LinearArguments& model) noexcept
     return {};
 }
 
-Refusal test_senses(const LinearArguments& model) noexcept
-{
-    const bool is_known = std::all_of(model.sense, model.sense + model.matrix.numrows,
-                                      [](char s) { return s == 'L' || s == 'E' || s == 'G'; });
-    return is_known ? Refusal{} : Refusal{1, "sense element not E, L, G or R"};
-}
-
 // A host that solves one small model after the other has long lost their arrays from its caches.
-void prefetch_model(const LinearArguments& model) noexcept
+void prefetch_model(const ModelArguments& model) noexcept
 {
     const MatrixArguments& matrix = model.matrix;
     const auto n = static_cast<std::size_t>(matrix.numcols);
@@ -189,7 +214,7 @@ void prefetch_model(const LinearArguments& model) noexcept
     prefetch(matrix.cnt, n * sizeof(std::int32_t));
 }
 
-Refusal test_model(LinearArguments& model) noexcept
+Refusal test_model(ModelArguments& model) noexcept
 {
     if (const Refusal refusal = test_sizes(model)) return refusal;
     if (const Refusal refusal = test_presence(model)) return refusal;
@@ -197,33 +222,9 @@ Refusal test_model(LinearArguments& model) noexcept
         if (const Refusal refusal = view_model(model)) return refusal;
         if (const Refusal refusal = test_presence(model)) return refusal;
     }
-    if (const Refusal refusal = test_senses(model)) return refusal;
+    if (!has_only(model.sense, model.matrix.numrows, "LEG"))
+        return {1, "sense element not E, L, G or R"};
     return test_matrix(model.matrix, CONSTRAINT_REFUSALS);
-}
-
-void keep_model(Problem& problem, const LinearArguments& model) noexcept
-{
-    const MatrixArguments& matrix = model.matrix;
-    problem.problemtype = PROB_LP;
-    problem.numcols = matrix.numcols;
-    problem.numrows = matrix.numrows;
-    problem.objsen = model.objsen;
-    problem.obj = model.obj;
-    problem.rhs = model.rhs;
-    problem.sense = model.sense;
-    problem.matbeg = matrix.beg;
-    problem.matcnt = matrix.cnt;
-    problem.matind = matrix.ind;
-    problem.matval = matrix.val;
-    problem.matnz = matrix.length;
-    problem.lb = model.lb;
-    problem.ub = model.ub;
-    problem.lastcol = matrix.numcols - 1;
-    problem.lastrow = matrix.numrows - 1;
-
-    const OleReference handles[] = {model.objref, matrix.begref, matrix.cntref, matrix.indref,
-                                    matrix.valref};
-    std::copy(std::begin(handles), std::end(handles), problem.olehandles);
 }
 
 // ---- a quadratic part, integer letters
@@ -308,14 +309,16 @@ extern "C" Problem* TARNWICK_CALL loadlp(const char* name, std::int32_t numcols,
                                          std::int32_t matnz)
 {
     set_float_control();
-    LinearArguments model{
+    ModelArguments model{
         .objsen = objsen,
         .obj = obj,
         .rhs = rhs,
         .sense = sense,
         .matrix = {numcols, numrows, matbeg, matcnt, matind, matval, matnz},
+        .var = nullptr,
         .lb = lb,
         .ub = ub,
+        .rowrange = rowrange,
     };
     prefetch_model(model);
     // Made first: meanwhile the model's arrays come from memory.
@@ -327,8 +330,7 @@ extern "C" Problem* TARNWICK_CALL loadlp(const char* name, std::int32_t numcols,
     }
     if (!problem) return nullptr;
 
-    keep_model(*problem, model);
-    problem->rowrange = rowrange;
+    keep_model(*problem, PROB_LP, model);
     problem->colspare = colspare;
     problem->rowspare = rowspare;
     return problem;
@@ -364,10 +366,8 @@ extern "C" std::int32_t TARNWICK_CALL loadctype(Problem* lp, char* ctype)
     if (!ctype) return report(IS_ABSENT, __func__);
 
     move_type(*lp, &TypeMove::integer);
-    const bool is_known = std::all_of(ctype, ctype + lp->numcols, [](char letter) {
-        return letter == 'C' || letter == 'I' || letter == 'B';
-    });
-    if (!is_known) return report(2, __func__, "ctype element is not C, I or B");
+    if (!has_only(ctype, lp->numcols, "CIB"))
+        return report(2, __func__, "ctype element is not C, I or B");
     lp->ctype = ctype;
     return 0;
 }

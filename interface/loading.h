@@ -40,11 +40,33 @@ struct MatrixRefusals {
 };
 extern const MatrixRefusals CONSTRAINT_REFUSALS;
 
-// Views the four arrays of OLE array mode. A placeholder for val leaves it null.
+// Views beg, cnt and ind in OLE array mode, where they are neither null nor marked as absent.
+Refusal view_indices(MatrixArguments& matrix, const MatrixRefusals& refusals) noexcept;
+// Views these three and val. A placeholder for val leaves it null.
 Refusal view_matrix(MatrixArguments& matrix, const MatrixRefusals& refusals) noexcept;
 
 // Tests the layout: columns in order and without overlap, inside the arrays, and row indices from 0
 // to numrows inclusive. Marks of a dense matrix become null pointers.
 Refusal test_matrix(MatrixArguments& matrix, const MatrixRefusals& refusals) noexcept;
+
+// A model as loadlp or loadnlp gets it.
+struct ModelArguments {
+    std::int32_t objsen;     // 1 minimise, -1 maximise
+    double* obj;             // numcols
+    double* rhs;             // numrows
+    char* sense;             // numrows
+    MatrixArguments matrix;  // carries the sizes of the model
+    double* var;             // numcols, starting point; null for a linear model
+    double* lb;              // numcols
+    double* ub;              // numcols
+    double* rowrange;        // numrows, or null
+    OleReference objref = nullptr;
+};
+
+// True if each of the count letters is one of those named.
+bool has_only(const char* letters, std::int32_t count, const char* named) noexcept;
+
+// Puts a model that has passed its tests into a new Problem.
+void keep_model(Problem& problem, std::int32_t problemtype, const ModelArguments& model) noexcept;
 
 }  // namespace tarnwick

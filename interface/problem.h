@@ -17,17 +17,11 @@ struct RangeArrays {
     double* upper;
 };
 
-// The caller's evaluation function: objective and row values at `var`. 0 is success. varone and
-// vartwo name the variables that changed since the last call, -1 when any may have.
-using FuncEval = std::int32_t(TARNWICK_CALL*)(Problem* lp, std::int32_t numcols,
-                                              std::int32_t numrows, double* objval, double* lhs,
-                                              double* var, std::int32_t varone,
-                                              std::int32_t vartwo);
-
 }  // namespace tarnwick
 
 // The record behind the handle. Model arrays are the caller's; pointers into them are only read,
-// but for the text reader, which fills them. All arrays are 0-based.
+// but for the text reader, which fills them, and for obj and matval of a model that is known through
+// the caller's functions: these are buffers for its derivatives. All arrays are 0-based.
 struct Problem {
     Problem* self;             // its own address: what the handle test compares
     char* name;                // behind the record, in the same block
@@ -54,8 +48,11 @@ struct Problem {
     std::int32_t* qmatind;  // qnz
     double* qmatval;        // qnz, or numcols columns of numcols values
     std::int32_t qnz;
-    char* ctype;                  // numcols, C I or B, or null
-    tarnwick::FuncEval funceval;  // or null
+    char* ctype;       // numcols, C I or B, or null
+    char* objtype;     // numcols, L or N: how the objective depends on each variable, or null
+    char* matvaltype;  // matnz, L or N: the same for each entry of the matrix, or null
+    TarnwickFuncEval funceval;  // null for linear and quadratic models
+    TarnwickJacobian jacobian;  // or null
 
     // Counters of the current run, written by its reports.
     double currentobj;
@@ -86,9 +83,10 @@ struct Problem {
     tarnwick::Array<std::int32_t> rowind, rowbdstat;  // iisnumrows
     tarnwick::Array<std::int32_t> colind, colbdstat;  // iisnumcols
 
-    // OLE array mode: the handles of obj, matbeg, matcnt, matind and matval, kept for the caller's
-    // derivative function.
+    // OLE array mode: the handles of obj, matbeg, matcnt, matind and matval, and those of objtype
+    // and matvaltype, kept for the caller's derivative function.
     tarnwick::SafeArray** olehandles[5];
+    tarnwick::SafeArray** oletypehandles[2];
 
     tarnwick::SolveControl control;
 };

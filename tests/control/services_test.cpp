@@ -246,6 +246,7 @@ TEST(Services, ask_the_callers_function)
     EXPECT_EQ(asked[1].vartwo, 0);
     EXPECT_EQ(asked[2].x, Reals({200, 10}));
     EXPECT_EQ(asked[3].x, Reals({200, 10})) << "no such variables: nothing moves";
+    EXPECT_EQ(asked[3].varone, -1);
 
     model.make_elastic();
     x = {2, 3, 1, 1, 1, 1, 1};
