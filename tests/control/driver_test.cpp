@@ -3,8 +3,7 @@
 #include <string>
 
 #include "control/driver.h"
-#include "control/services.h"
-#include "interface/problem.h"
+#include "tests/control/servedmodel.h"
 #include "tests/support/memory.h"
 #include "tests/support/messages.h"
 #include "tests/support/verifier.h"
@@ -12,20 +11,12 @@
 namespace tarnwick {
 namespace {
 
-// clang-format off
-const LinearModel FEASIBLE_AT_ONCE{{{{1, 0}, 'L', 2}, {{0, 1}, 'L', 3}, {{1, 1}, 'L', 5}}, {-3, -2}};
-const LinearModel TWO_PHASES{{{{1, 1, 0}, 'G', 2}, {{1, 0, 1}, 'E', 3}, {{1, 1, 1}, 'L', 9}}, {-1, -2, -3}};
-// clang-format on
-
 // ---- results and statuses
 
-struct StatusCase {
-    std::int32_t result;
-    std::int32_t feasible, infeasible, mip_feasible, mip_infeasible;
-};
-
 // clang-format off
-constexpr StatusCase STATUS_CASES[] = {
+constexpr struct {
+    std::int32_t result, feasible, infeasible, mip_feasible, mip_infeasible;
+} STATUS_CASES[] = {
     {ENGINE_OPTIMAL,      1,   1, 101, 101}, {ENGINE_CONVERGED,   65,  65,  65,  65},
     {ENGINE_STALLED,     66,  66,  66,  66}, {ENGINE_ITERLIMIT,    5,   6,   5,   6},
     {ENGINE_UNBOUNDED,    3,   3,   3,   3}, {ENGINE_INFEASIBLE,   2,   2, 103, 103},
@@ -43,11 +34,9 @@ TEST(Driver, gives_each_result_its_status)
 {
     const LoadedModel loaded(FEASIBLE_AT_ONCE);
     Problem& problem = *loaded.lp;
-    SolveControl& control = problem.control;
     for (const auto& c : STATUS_CASES) {
         SCOPED_TRACE(c.result);
-        control.mipgap = 0.05;
-        control.qstate = Q_NONE;
+        problem.control.mipgap = 0.05, problem.control.qstate = Q_NONE;
         problem.infeasibility = 1e-8, problem.intsolutions = 0;
         EXPECT_EQ(external_status(problem, c.result, false), c.feasible);
         EXPECT_EQ(external_status(problem, c.result, true), c.mip_infeasible);
@@ -55,13 +44,11 @@ TEST(Driver, gives_each_result_its_status)
         EXPECT_EQ(external_status(problem, c.result, false), c.infeasible);
         EXPECT_EQ(external_status(problem, c.result, true), c.mip_feasible);
 
-        control.mipgap = 0.0;
-        control.qstate = Q_INDEFINITE;
+        problem.control.mipgap = 0.0, problem.control.qstate = Q_INDEFINITE;
         const bool at_gap = c.result == ENGINE_GAPREACHED, is_optimal = c.result == ENGINE_OPTIMAL;
         EXPECT_EQ(external_status(problem, c.result, true), at_gap ? 101 : c.mip_feasible);
-        EXPECT_EQ(external_status(problem, c.result, false), at_gap       ? 101
-                                                             : is_optimal ? 65
-                                                                          : c.infeasible);
+        const std::int32_t indefinite = is_optimal ? 65 : c.infeasible;
+        EXPECT_EQ(external_status(problem, c.result, false), at_gap ? 101 : indefinite);
     }
 }
 
@@ -106,11 +93,9 @@ TEST(Driver, runs_an_engine_from_set_up_to_finish)
         EngineResult want;
         const char* calls;
     } CASES[] = {
-        {"plain",                   {},                                            ENGINE_OPTIMAL,    "isf"},
         {"the engine's own result", {.result = ENGINE_STALLED},                    ENGINE_STALLED,    "isf"},
         {"set-up fails",            {.ready = false, .result = ENGINE_MODELCHECK}, ENGINE_MODELCHECK, "if" },
         {"iteration limit",         {.stop = STOP_ITERLIMIT},                      ENGINE_ITERLIMIT,  "isf"},
-        {"the user's stop",         {.stop = STOP_USER},                           ENGINE_USERSTOP,   "isf"},
         {"time limit",              {.stop = STOP_TIMELIMIT},                      ENGINE_TIMELIMIT,  "isf"},
         {"node limit",              {.stop = STOP_NODELIMIT},                      ENGINE_NODELIMIT,  "isf"},
         {"solution limit",          {.stop = STOP_INTLIMIT},                       ENGINE_INTLIMIT,   "isf"},
@@ -144,19 +129,15 @@ TEST(Driver, tells_integer_models_by_what_restricts_them)
     EXPECT_EQ(loaded.lp->status, STAT_OPTIMAL) << "the restriction is ignored";
 }
 
-TEST(Driver, ends_elastic_mode_with_the_run)
-{
-    const LoadedModel loaded(TWO_PHASES);
-    loaded.lp->control.elasticmode = 2;
-    EXPECT_EQ(optimize(loaded.lp), 0);
-    EXPECT_EQ(loaded.lp->control.elasticmode, 0);
-    EXPECT_FALSE(loaded.lp->control.elasticrows);
-    expect_optimal(TWO_PHASES, solve(loaded.lp));
-}
-
-TEST(Driver, clears_the_counters_of_the_run_before)
+TEST(Driver, starts_each_run_afresh)
 {
     LoadedModel loaded(TWO_PHASES);
+    loaded.lp->control.elasticmode = 2;
+    EXPECT_EQ(optimize(loaded.lp), 0);
+    EXPECT_EQ(loaded.lp->control.elasticmode, 0) << "elastic mode ends with the run";
+    EXPECT_FALSE(loaded.lp->control.elasticrows);
+    expect_optimal(TWO_PHASES, solve(loaded.lp));
+
     setintparam(loaded.lp, PARAM_ITERLIMIT, 0);
     EXPECT_EQ(solve(loaded.lp).status, STAT_ITERLIM_INFEAS);
     EXPECT_EQ(loaded.lp->iterations, 1);
@@ -173,9 +154,9 @@ TEST(Driver, refuses_in_order_and_changes_nothing)
     const LoadedModel loaded(FEASIBLE_AT_ONCE);
     ASSERT_EQ(optimize(loaded.lp), 0);
     Problem& problem = *loaded.lp;
-    const char *const large = "numcols or numrows is too large",
-                      *const solved = "the problem is being solved",
-                      *const no_ctype = "loadctype has not been called";
+    static constexpr const char large[] = "numcols or numrows is too large",
+                                solved[] = "the problem is being solved",
+                                no_ctype[] = "loadctype has not been called";
     const struct {
         const char* name;
         std::int32_t type, numrows;
@@ -200,15 +181,11 @@ TEST(Driver, refuses_in_order_and_changes_nothing)
     };
     for (const auto& c : CASES) {
         SCOPED_TRACE(c.name);
-        problem.problemtype = c.type;
-        problem.numrows = c.numrows;
-        problem.running = c.running;
+        problem.problemtype = c.type, problem.numrows = c.numrows, problem.running = c.running;
         expect_call(optimize(&problem), c.text, "optimize");
         expect_call(mipoptimize(&problem), c.mip_text, "mipoptimize");
     }
-    problem.problemtype = PROB_LP;
-    problem.numrows = 3;
-    problem.running = false;
+    problem.problemtype = PROB_LP, problem.numrows = 3, problem.running = false;
 }
 
 // ---- memory

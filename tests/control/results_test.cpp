@@ -44,7 +44,6 @@ TEST(Results, are_stored_by_the_type_of_the_model)
         {PROB_MIQP,  false, nullptr, untouched },
         {PROB_NLP,   true,  nullptr, untouched },
         {PROB_MINLP, false, nullptr, untouched },
-        {PROB_NSP,   true,  &ranges, statistics},
         {PROB_MINSP, true,  &ranges, statistics},
     };
     for (const auto& c : CASES) {
@@ -82,7 +81,6 @@ TEST(Elastic, variables_are_fixed_and_freed_in_pairs)
         {"fix an equation",       -1, 2,  1, 1, loose, {1, 1, INF, INF, 0, 0, INF}},
         {"free an equation",      -9, 2,  0, 1, {1, 1, 0, 0, 0, 0, 0}, {1, 1, 0, 0, INF, INF, 0}},
         {"free what isn't fixed", -1, 2,  0, 0, loose, loose},
-        {"no such row",           -1, 4,  1, 0, loose, loose},
         {"a row below 0",         -1, -1, 0, 0, loose, loose},
   // clang-format on
     };
@@ -121,15 +119,12 @@ TEST(Elastic, results_are_the_rows_and_bounds_that_still_hold)
     EXPECT_EQ(listed(problem.colbdstat, 1), Ints({0}));
     endrun(model.control);
 
+    // clang-format off
     const struct {
         double lower, upper;
         std::int32_t stand;
-    } BOUNDS[] = {
-        {0,     INF,  0},
-        {0,     5,    1},
-        {-INF,  5,    2},
-        {-1e29, 1e29, 1},
-    };
+    } BOUNDS[] = {{0, INF, 0}, {0, 5, 1}, {-INF, 5, 2}, {-1e29, 1e29, 1}};
+    // clang-format on
     for (const auto& c : BOUNDS) {
         model.make_elastic();
         const Reals low{-INF, c.lower, 0, 0, 0, 0, 0}, up{INF, c.upper, 1, 1, 1, 1, 1};

@@ -15,6 +15,12 @@ inline const LinearModel SERVED{{{{1, 0}, 'L', 2}, {{0, 3}, 'G', -1}, {{2, 1}, '
                                 {5, 0}, {-1, -9}, {INF, 9}};
 // clang-format on
 
+// The first takes two steps, both of phase two; the second begins with two of phase one.
+// clang-format off
+inline const LinearModel FEASIBLE_AT_ONCE{{{{1, 0}, 'L', 2}, {{0, 1}, 'L', 3}, {{1, 1}, 'L', 5}}, {-3, -2}};
+inline const LinearModel TWO_PHASES{{{{1, 1, 0}, 'G', 2}, {{1, 0, 1}, 'E', 3}, {{1, 1, 1}, 'L', 9}}, {-1, -2, -3}};
+// clang-format on
+
 // A model with rows of every sense, as the services see it outside a run. The last row is ranged,
 // from 1 to 4. The elastic variables belong to the rows -1, +2, +3, -3, -4.
 struct ServedModel : LoadedModel {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <climits>
 #include <vector>
 
@@ -17,14 +18,14 @@ TEST(Services, tell_sizes_and_switches_by_selector)
     elastic.lp->objsen = plain.lp->objsen = -1;
     elastic.control->scaling = -1;
     elastic.lp->problemtype = PROB_NSP;
-    const Ints plain_infos{2, 5, 0, 4, 0, 1, 1, 0, 1, 1, 1, 0, 0, 0, 0},
-        elastic_infos{7, 5, 5, 4, 2, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0};
-    for (std::int32_t selector = 0; selector < 15; ++selector) {
-        const auto k = static_cast<std::size_t>(selector);
-        EXPECT_EQ(getintinfo(plain.control, selector), plain_infos[k]) << selector;
-        EXPECT_EQ(getintinfo(elastic.control, selector), elastic_infos[k]) << selector;
-    }
-    EXPECT_EQ(getintinfo(plain.control, -1), 0);
+    const auto expect_infos = [](const ServedModel& model, const Ints& infos) {
+        for (std::int32_t selector = -1; selector < 15; ++selector) {
+            const auto k = static_cast<std::size_t>(selector);
+            EXPECT_EQ(getintinfo(model.control, selector), selector < 0 ? 0 : infos[k]) << selector;
+        }
+    };
+    expect_infos(plain, {2, 5, 0, 4, 0, 1, 1, 0, 1, 1, 1, 0, 0, 0, 0});
+    expect_infos(elastic, {7, 5, 5, 4, 2, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0});
     endrun(elastic.control);
     EXPECT_EQ(getintinfo(elastic.control, INFO_NUMVARS), 2);
     EXPECT_EQ(getintinfo(elastic.control, INFO_ELASTICMODE), 0);
@@ -36,37 +37,26 @@ TEST(Services, tell_numbers_by_selector)
     SolveControl& c = *model.control;
     c.feastol = 0.1, c.mipgap = 0.2, c.nlpconvtol = 0.3, c.mutation = 0.4, c.reserved1092 = 0.5;
     c.pivottol = 0.6, c.opttol = 0.7, c.objuppercut = 0.8, c.objlowercut = 0.9, c.nlpfeastol = 1.5;
-    const Reals numbers{0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 1e-4};
-    for (std::int32_t selector = 0; selector < 9; ++selector) {
+    const auto number = [&c](std::int32_t selector, std::int32_t is_known) {
         double value = -1.0;
-        EXPECT_EQ(getdblinfo(&c, &value, selector), 1);
-        EXPECT_EQ(value, numbers[static_cast<std::size_t>(selector)]) << selector;
-    }
-    double value = -1.0;
-    for (const std::int32_t unknown : {-1, 9, INT_MAX}) {
-        EXPECT_EQ(getdblinfo(&c, &value, unknown), 0);
-        EXPECT_EQ(value, 1e-8);
-    }
+        EXPECT_EQ(getdblinfo(&c, &value, selector), is_known);
+        return value;
+    };
+    const Reals numbers{0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 1e-4};
+    for (std::int32_t selector = 0; selector < 9; ++selector)
+        EXPECT_EQ(number(selector, 1), numbers[static_cast<std::size_t>(selector)]) << selector;
+    for (const std::int32_t unknown : {-1, 9}) EXPECT_EQ(number(unknown, 0), 1e-8);
     model.lp->objsen = -1;
-    getdblinfo(&c, &value, INFO_CUTOFF);
-    EXPECT_EQ(value, 0.9);
-    for (const std::int32_t type : {PROB_NLP, PROB_MINLP, PROB_NSP, PROB_MINSP}) {
+    EXPECT_EQ(number(INFO_CUTOFF, 1), 0.9);
+    for (const std::int32_t type : {0, 1, 4, 8, 12, 16, 20, 24}) {
         model.lp->problemtype = type;
-        getdblinfo(&c, &value, INFO_FEASTOL);
-        EXPECT_EQ(value, 1.5) << type;
-        EXPECT_EQ(getengineclass(&c), type < PROB_NSP ? 0 : 3);
+        EXPECT_EQ(number(INFO_FEASTOL, 1), type < PROB_NLP ? 0.1 : 1.5) << type;
+        EXPECT_EQ(getengineclass(&c), type < PROB_NLP ? 1 : type < PROB_NSP ? 0 : 3) << type;
     }
-    for (const std::int32_t type : {PROB_LP, PROB_MILP, PROB_QP, PROB_MIQP}) {
-        model.lp->problemtype = type;
-        EXPECT_EQ(getengineclass(&c), 1) << type;
-    }
-
     c.iterlimit = 11, c.timelimit = 12.9, c.nodelimit = 13, c.intsollimit = 14, c.popsize = 15;
     c.stalltime = 16;
-    for (std::int32_t selector = 0; selector < 6; ++selector)
-        EXPECT_EQ(getrunparam(&c, selector), 11 + selector);
-    EXPECT_EQ(getrunparam(&c, 6), 0);
-    EXPECT_EQ(getrunparam(&c, -1), 0);
+    for (std::int32_t selector = -1; selector < 7; ++selector)
+        EXPECT_EQ(getrunparam(&c, selector), selector < 0 || selector > 5 ? 0 : 11 + selector);
 }
 
 TEST(Services, build_capability_words_from_switches)
@@ -145,28 +135,24 @@ TEST(Services, give_integer_flags_and_the_start)
 {
     ServedModel model(PROB_MILP);
     char ctype[] = "CB";
-    const auto flags = [&model](std::size_t columns) {
-        Ints values(columns, 9);
-        EXPECT_EQ(getintflags(model.control, values.data()), 1);
-        return values;
+    const auto expect_given = [&model](const Ints& flags, const Reals& start) {
+        Ints given_flags(flags.size(), 9);
+        Reals given_start(start.size(), 9.0);
+        EXPECT_EQ(getintflags(model.control, given_flags.data()), 1);
+        EXPECT_EQ(getstart(model.control, given_start.data()), 1);
+        EXPECT_EQ(given_flags, flags);
+        EXPECT_EQ(given_start, start);
     };
-    const auto start = [&model](std::size_t columns) {
-        Reals values(columns, 9.0);
-        EXPECT_EQ(getstart(model.control, values.data()), 1);
-        return values;
-    };
-    EXPECT_EQ(flags(2), Ints({0, 0}));
+    expect_given({0, 0}, {0, 0});  // linear models start at zero
     model.lp->ctype = ctype;
-    EXPECT_EQ(flags(2), Ints({0, 1}));
+    expect_given({0, 1}, {0, 0});
     model.control->relaxint = 1;
-    EXPECT_EQ(flags(2), Ints({0, 0}));
+    expect_given({0, 0}, {0, 0});
     model.control->relaxint = 0;
-    EXPECT_EQ(start(2), Reals({0, 0})) << "linear models start at zero";
     model.lp->problemtype = PROB_MIQP;
-    EXPECT_EQ(start(2), model.start);
+    expect_given({0, 1}, model.start);
     model.make_elastic();
-    EXPECT_EQ(flags(7), Ints(7, 0));
-    EXPECT_EQ(start(7), Reals({7, 8, 0, 0, 0, 0, 0}));
+    expect_given(Ints(7, 0), {7, 8, 0, 0, 0, 0, 0});
     endrun(model.control);
 }
 
@@ -183,7 +169,6 @@ TEST(Services, evaluate_rows_and_objective)
         {"at zero",           PROB_LP,   false, {0, 0},                 {0, 0, 0, 0, 0}               },
         {"linear",            PROB_LP,   false, {3, -2},                {3, -6, 4, 1, 15}             },
         {"Q counts for QP",   PROB_QP,   false, {3, -2},                {3, -6, 4, 1, 15 + 9 - 12 - 4}},
-        {"and for MIQP",      PROB_MIQP, false, {3, -2},                {3, -6, 4, 1, 8}              },
         {"but not for MILP",  PROB_MILP, false, {3, -2},                {3, -6, 4, 1, 15}             },
         {"elastic variables", PROB_LP,   true,  {3, -2, 1, 2, 3, 4, 5}, {2, -4, 3, -4, 15}            },
     };

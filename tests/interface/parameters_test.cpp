@@ -3,7 +3,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdint>
-#include <limits>
+#include <span>
 #include <sstream>
 #include <string>
 
@@ -16,120 +16,85 @@
 namespace tarnwick {
 namespace {
 
-// One kind of parameter behind the same names.
-struct Ints {
-    using Value = std::int32_t;
-    static auto table() { return int_parameters(); }
-    static constexpr auto info = infointparam;
-    static constexpr auto set = setintparam;
-    static constexpr auto get = getintparam;
-    static bool has_below(Value value) { return value != INT32_MIN; }
-    static bool has_above(Value value) { return value != INT32_MAX; }
-    static Value below(Value value) { return value - 1; }
-    static Value above(Value value) { return value + 1; }
-};
-
-struct Doubles {
-    using Value = double;
-    static auto table() { return dbl_parameters(); }
-    static constexpr auto info = infodblparam;
-    static constexpr auto set = setdblparam;
-    static constexpr auto get = getdblparam;
-    static bool has_below(Value) { return true; }
-    static bool has_above(Value) { return true; }
-    static Value below(Value value) { return std::nextafter(value, -INFINITY); }
-    static Value above(Value value) { return std::nextafter(value, INFINITY); }
-};
-
-template <class Kind>
-class EveryParameter : public testing::Test {
-};
-using Kinds = testing::Types<Ints, Doubles>;
-TYPED_TEST_SUITE(EveryParameter, Kinds);
-
-TYPED_TEST(EveryParameter, starts_at_its_default_and_stays_in_its_range)
+// The neighbour of a value; the value itself at the end of its type.
+std::int32_t neighbour(std::int32_t value, int step)
 {
-    using Value = typename TypeParam::Value;
+    return value == (step < 0 ? INT32_MIN : INT32_MAX) ? value : value + step;
+}
+double neighbour(double value, int step) { return std::nextafter(value, step * HUGE_VAL); }
+
+template <class Value, class Info, class Set, class Get>
+void expect_kept_in_range(std::span<const Parameter<Value>> table, Info info, Set set, Get get)
+{
     const MessageLog quiet;
     setdefaults(nullptr);
-    for (const auto& row : TypeParam::table()) {
+    for (const auto& row : table) {
         SCOPED_TRACE(row.name);
-        const SmallModel model;
+        const SmallModel model, other;
         Problem* const lp = model.lp;
-        Value initial{}, lowest{}, highest{}, value{};
-        ASSERT_EQ(TypeParam::info(nullptr, row.number, &initial, &lowest, &highest), 0);
-        EXPECT_EQ(TypeParam::get(lp, row.number, &value), 0);
-        EXPECT_EQ(value, initial);
-
+        const auto expect_value = [&row, get](Problem* of, Value want) {
+            Value value{};
+            EXPECT_EQ(get(of, row.number, &value), 0);
+            EXPECT_EQ(value, want);
+        };
+        Value initial{}, lowest{}, highest{};
+        ASSERT_EQ(info(nullptr, row.number, &initial, &lowest, &highest), 0);
+        expect_value(lp, initial);
         for (const Value good : {lowest, highest}) {
-            EXPECT_EQ(TypeParam::set(lp, row.number, good), 0);
-            if (TypeParam::has_below(lowest)) {
-                EXPECT_EQ(TypeParam::set(lp, row.number, TypeParam::below(lowest)), 2);
-            }
-            if (TypeParam::has_above(highest)) {
-                EXPECT_EQ(TypeParam::set(lp, row.number, TypeParam::above(highest)), 2);
-            }
-            EXPECT_EQ(TypeParam::get(lp, row.number, &value), 0);
-            EXPECT_EQ(value, good);
+            EXPECT_EQ(set(lp, row.number, good), 0);
+            for (const Value beyond : {neighbour(lowest, -1), neighbour(highest, 1)})
+                EXPECT_EQ(set(lp, row.number, beyond), beyond < lowest || beyond > highest ? 2 : 0);
+            EXPECT_EQ(set(lp, row.number, good), 0);
+            expect_value(lp, good);
+            expect_value(row.shared ? nullptr : other.lp, row.shared ? good : initial);
         }
-
         EXPECT_EQ(setdefaults(row.shared ? nullptr : lp), 0);
-        EXPECT_EQ(TypeParam::get(lp, row.number, &value), 0);
-        EXPECT_EQ(value, initial);
-        EXPECT_EQ(TypeParam::info(nullptr, row.number, nullptr, nullptr, nullptr), 0);
-        EXPECT_EQ(TypeParam::get(lp, row.number, nullptr), 0);
+        expect_value(lp, initial);
+        EXPECT_EQ(info(nullptr, row.number, nullptr, nullptr, nullptr), 0);
+        EXPECT_EQ(get(lp, row.number, nullptr), 0);
     }
 }
 
-TEST(Parameters, nan_is_out_of_every_range)
+TEST(Parameters, start_at_their_defaults_and_stay_in_their_ranges)
 {
+    expect_kept_in_range(int_parameters(), infointparam, setintparam, getintparam);
+    expect_kept_in_range(dbl_parameters(), infodblparam, setdblparam, getdblparam);
     const SmallModel model;
     for (const auto& row : dbl_parameters())
         EXPECT_EQ(setdblparam(model.lp, row.number, std::nan("")), 2) << row.name;
 }
 
-struct ParameterCall {
+std::int32_t whole;
+double real;
+constexpr const char UNKNOWN[] = "whichparam is out of range", BAD[] = "newvalue is out of range";
+
+// clang-format off
+constexpr struct {
     const char* what;
     const char* title;
     std::int32_t (*call)(Problem* lp);
     std::int32_t code;
     const char* text;
+} REFUSALS[] = {
+    {"a real one as an integer", "infointparam", [](Problem* lp) { return infointparam(lp, PARAM_FEASTOL, &whole, &whole, &whole); }, 1, UNKNOWN},
+    {"an integer as a real one", "infodblparam", [](Problem* lp) { return infodblparam(lp, PARAM_SCALING, &real, &real, &real); }, 1, UNKNOWN},
+    {"unknown number",           "getintparam",  [](Problem* lp) { return getintparam(lp, 0, &whole); },               1, UNKNOWN},
+    {"unknown number",           "getdblparam",  [](Problem* lp) { return getdblparam(lp, -1, &real); },               1, UNKNOWN},
+    {"unknown before bad value", "setintparam",  [](Problem* lp) { return setintparam(lp, 991, 99); },                 1, UNKNOWN},
+    {"unknown before bad value", "setdblparam",  [](Problem* lp) { return setdblparam(lp, 991, NAN); },                1, UNKNOWN},
+    {"bad handle before all",    "setintparam",  [](Problem*) { return setintparam(nullptr, 991, 99); },               1, "lp pointer is NULL"},
+    {"bad handle before all",    "getdblparam",  [](Problem*) { return getdblparam(nullptr, 991, &real); },            1, "lp pointer is NULL"},
+    {"bad value",                "setintparam",  [](Problem* lp) { return setintparam(lp, 999, 2); },                  2, BAD},
+    {"without a model",          "setintparam",  [](Problem*) { return setintparam(nullptr, PARAM_RESERVED997, 3); },  2, BAD},
+    {"bad value",                "setdblparam",  [](Problem* lp) { return setdblparam(lp, 1016, 1e-3); },              2, BAD},
 };
+// clang-format on
 
 TEST(Parameters, refusals_name_the_first_fault)
 {
-    static std::int32_t whole;
-    static double real;
-    constexpr ParameterCall CALLS[] = {
-        {"a real parameter read as an integer", "infointparam",
-         [](Problem* lp) { return infointparam(lp, PARAM_FEASTOL, &whole, &whole, &whole); },                            1,
-         "whichparam is out of range"                                                                                                                   },
-        {"an integer parameter read as a real", "infodblparam",
-         [](Problem* lp) { return infodblparam(lp, PARAM_SCALING, &real, &real, &real); },                               1,
-         "whichparam is out of range"                                                                                                                   },
-        {"unknown number",                      "getintparam",  [](Problem* lp) { return getintparam(lp, 0, &whole); },  1,
-         "whichparam is out of range"                                                                                                                   },
-        {"unknown number",                      "getdblparam",  [](Problem* lp) { return getdblparam(lp, -1, &real); },  1,
-         "whichparam is out of range"                                                                                                                   },
-        {"unknown number before a bad value",   "setintparam",
-         [](Problem* lp) { return setintparam(lp, 991, 99); },                                                           1, "whichparam is out of range"},
-        {"unknown number before a bad value",   "setdblparam",
-         [](Problem* lp) { return setdblparam(lp, 991, NAN); },                                                          1, "whichparam is out of range"},
-        {"bad handle before an unknown number", "setintparam",
-         [](Problem*) { return setintparam(nullptr, 991, 99); },                                                         1, "lp pointer is NULL"        },
-        {"bad handle before an unknown number", "getdblparam",
-         [](Problem*) { return getdblparam(nullptr, 991, &real); },                                                      1, "lp pointer is NULL"        },
-        {"bad value",                           "setintparam",  [](Problem* lp) { return setintparam(lp, 999, 2); },     2,
-         "newvalue is out of range"                                                                                                                     },
-        {"bad value without a model",           "setintparam",
-         [](Problem*) { return setintparam(nullptr, PARAM_RESERVED997, 3); },                                            2,
-         "newvalue is out of range"                                                                                                                     },
-        {"bad value",                           "setdblparam",  [](Problem* lp) { return setdblparam(lp, 1016, 1e-3); }, 2,
-         "newvalue is out of range"                                                                                                                     },
-    };
     const MessageLog log;
     const SmallModel model;
-    for (const auto& c : CALLS) {
+    for (const auto& c : REFUSALS) {
         SCOPED_TRACE(std::string(c.title) + ": " + c.what);
         EXPECT_EQ(c.call(model.lp), c.code);
         const auto messages = MessageLog::take();
@@ -139,53 +104,36 @@ TEST(Parameters, refusals_name_the_first_fault)
     }
 }
 
-TEST(Parameters, belong_to_one_model_or_to_the_process)
-{
-    const SmallModel one, other;
-    std::int32_t value = 0;
-    EXPECT_EQ(setintparam(one.lp, PARAM_NODELIMIT, 5), 0);
-    EXPECT_EQ(getintparam(other.lp, PARAM_NODELIMIT, &value), 0);
-    EXPECT_EQ(value, INT32_MAX);
-
-    Problem foreign{};
-    EXPECT_EQ(setintparam(&foreign, PARAM_RESERVED997, 2), 0);
-    EXPECT_EQ(getintparam(nullptr, PARAM_RESERVED997, &value), 0);
-    EXPECT_EQ(value, 2);
-    EXPECT_EQ(setdefaults(nullptr), 0);
-}
-
-struct DefaultsCase {
-    const char* what;
-    Problem* lp;
-    std::int32_t code;
-    std::int32_t process_wide, of_the_model;  // what is left of 2 and of 5
-    std::size_t messages;
-};
-
 TEST(SetDefaults, resets_the_model_or_the_process_and_says_nothing)
 {
     const SmallModel model;
     Problem foreign{};
-    const DefaultsCase cases[] = {
+    const struct {
+        const char* what;
+        Problem* lp;
+        std::int32_t code;
+        std::int32_t process_wide, of_the_model;  // what is left of 2 and of 5
+        std::size_t messages;
+    } CASES[] = {
         {"the model", model.lp,                                       0, 2, INT32_MAX, 0},
         {"null",      nullptr,                                        0, 0, 5,         0},
         {"all ones",  reinterpret_cast<Problem*>(~std::uintptr_t{0}), 0, 2, 5,         0},
         {"no model",  &foreign,                                       1, 2, 5,         1},
     };
-    for (const auto& c : cases) {
+    for (const auto& c : CASES) {
         SCOPED_TRACE(c.what);
         const MessageLog log;
-        setintparam(nullptr, PARAM_RESERVED997, 2);
+        EXPECT_EQ(setintparam(&foreign, PARAM_RESERVED997, 2), 0) << "which belongs to no model";
         setintparam(model.lp, PARAM_NODELIMIT, 5);
         EXPECT_EQ(setdefaults(c.lp), c.code);
-
-        std::int32_t value = 0;
-        getintparam(nullptr, PARAM_RESERVED997, &value);
-        EXPECT_EQ(value, c.process_wide);
-        getintparam(nullptr, PARAM_MESSAGES, &value);
-        EXPECT_EQ(value, c.lp ? 1 : 0);
-        getintparam(model.lp, PARAM_NODELIMIT, &value);
-        EXPECT_EQ(value, c.of_the_model);
+        const auto value = [](Problem* lp, std::int32_t number) {
+            std::int32_t got = -1;
+            EXPECT_EQ(getintparam(lp, number, &got), 0);
+            return got;
+        };
+        EXPECT_EQ(value(nullptr, PARAM_RESERVED997), c.process_wide);
+        EXPECT_EQ(value(nullptr, PARAM_MESSAGES), c.lp ? 1 : 0);
+        EXPECT_EQ(value(model.lp, PARAM_NODELIMIT), c.of_the_model);
         EXPECT_EQ(MessageLog::take().size(), c.messages);
     }
 }
@@ -193,15 +141,12 @@ TEST(SetDefaults, resets_the_model_or_the_process_and_says_nothing)
 // ---- the document
 
 template <class Value>
-std::string printed(Value value)
-{
-    char text[40];
-    return {text, std::to_chars(text, text + sizeof text, value).ptr};
-}
-
-template <class Value>
 void print_table(std::ostream& out, std::span<const Parameter<Value>> table)
 {
+    const auto printed = [](Value value) {
+        char text[40];
+        return std::string(text, std::to_chars(text, text + sizeof text, value).ptr);
+    };
     out << "| Number | Name | Default | Lowest | Highest | Belongs to | Meaning |\n"
            "| ---: | --- | ---: | ---: | ---: | --- | --- |\n";
     for (const auto& p : table)
@@ -210,27 +155,23 @@ void print_table(std::ostream& out, std::span<const Parameter<Value>> table)
             << (p.shared ? "process" : "model") << " | " << p.meaning << " |\n";
 }
 
-std::string parameters_document()
+TEST(Parameters, are_documented_as_they_are)
 {
     std::ostringstream out;
-    out << "# Parameters\n"
-           "\n"
-           "All tuning goes through numbered parameters, read and set by the functions of\n"
-           "`tarnwick.h`. A parameter that belongs to the process can be set before any model\n"
-           "exists; all others belong to one model and start at their defaults when it is loaded.\n"
-           "This page is printed from the tables in `interface/parameters.cpp`.\n"
-           "\n"
-           "## Integer parameters\n"
-           "\n";
+    out << R"(# Parameters
+
+All tuning goes through numbered parameters, read and set by the functions of
+`tarnwick.h`. A parameter that belongs to the process can be set before any model
+exists; all others belong to one model and start at their defaults when it is loaded.
+This page is printed from the tables in `interface/parameters.cpp`.
+
+## Integer parameters
+
+)";
     print_table(out, int_parameters());
     out << "\n## Double parameters\n\n";
     print_table(out, dbl_parameters());
-    return out.str();
-}
-
-TEST(Parameters, are_documented_as_they_are)
-{
-    expect_printed("docs/parameters.md", parameters_document());
+    expect_printed("docs/parameters.md", out.str());
 }
 
 }  // namespace
