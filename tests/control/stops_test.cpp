@@ -39,8 +39,6 @@ TEST(Limits, end_a_run_with_their_status)
     } CASES[] = {
         {"no limit",                    100.0, 100, 5000,       1,    STAT_OPTIMAL,      2},
         {"one iteration",               100.0, 1,   5000,       1,    STAT_ITERLIM_FEAS, 2},
-        {"as many as it takes",         100.0, 2,   5000,       1,    STAT_OPTIMAL,      2},
-        {"no time",                     0.0,   100, 5000,       0,    STAT_TIMELIM_FEAS, 1},
         {"a second each",               2.9,   100, 5999,       1000, STAT_TIMELIM_FEAS, 2},
         {"seconds count when complete", 1.0,   100, 5000,       499,  STAT_OPTIMAL,      2},
         {"the clock wraps",             1e9,   100, 4294967000, 700,  STAT_TIMELIM_FEAS, 1},

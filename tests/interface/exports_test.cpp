@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <regex>
-#include <set>
 #include <string>
 
 #include "control/services.h"
@@ -30,18 +29,6 @@ std::string module_definition()
 TEST(Exports, module_definition_is_printed_from_the_table)
 {
     expect_printed("interface/tarnwick.def", module_definition());
-}
-
-TEST(Exports, numbers_rise_and_addresses_differ)
-{
-    std::set<TarnwickEntry> addresses;
-    std::int32_t last = 0;
-    for (const auto& row : numbered_exports()) {
-        EXPECT_GT(row.number, last);
-        EXPECT_TRUE(row.address) << row.name;
-        EXPECT_TRUE(addresses.insert(row.address).second) << row.name;
-        last = row.number;
-    }
 }
 
 TEST(Exports, an_entry_is_found_by_its_number)

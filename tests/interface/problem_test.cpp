@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
@@ -7,7 +8,6 @@
 
 #include "include/tarnwick.h"
 #include "interface/problem.h"
-#include "tests/interface/refusals.h"
 #include "tests/interface/smallmodel.h"
 #include "tests/support/memory.h"
 #include "tests/support/messages.h"
@@ -88,44 +88,28 @@ TEST(Unload, releases_everything_and_keeps_the_callers_variable)
     EXPECT_EQ(MessageLog::take().at(0).text, "lp_p is not valid");
 }
 
-struct LimitsCall {
-    std::int32_t type = PROB_LP;
-    std::int32_t cols = -7, rows = -7, ints = -7;
-    std::int32_t *numcols_p = &cols, *numrows_p = &rows, *numints_p = &ints;
-
-    LimitsCall() = default;
-    LimitsCall(const LimitsCall&) = delete;
-    LimitsCall& operator=(const LimitsCall&) = delete;
-
-    std::int32_t run() { return getproblimits(nullptr, type, numcols_p, numrows_p, numints_p); }
-    bool is_untouched() const { return cols == -7 && rows == -7 && ints == -7; }
-};
-
-// clang-format off
-constexpr Refused<LimitsCall> LIMITS_REFUSALS[] = {
-    {"no numcols_p", [](LimitsCall& c) { c.numcols_p = nullptr; }, 2, "numcols_p is NULL"},
-    {"no numrows_p", [](LimitsCall& c) { c.numrows_p = nullptr; }, 3, "numrows_p is NULL"},
-    {"no numints_p", [](LimitsCall& c) { c.numints_p = nullptr; }, 4, "numints_p is NULL"},
-    {"type 2",       [](LimitsCall& c) { c.type = 2; },            1, "problem type is invalid"},
-    {"type 28",      [](LimitsCall& c) { c.type = 28; },           1, "problem type is invalid"},
-};
-// clang-format on
-
 TEST(ProblemLimits, are_given_for_every_type)
 {
     const MessageLog log;
-    expect_refusals_in_order("getproblimits", LIMITS_REFUSALS);
-
-    for (const std::int32_t type :
-         {PROB_LP, PROB_MILP, PROB_QP, PROB_MIQP, PROB_NLP, PROB_MINLP, PROB_NSP, PROB_MINSP}) {
-        SCOPED_TRACE(type);
-        LimitsCall call;
-        call.type = type;
-        EXPECT_EQ(call.run(), 0);
-        const bool is_linear = type <= PROB_MIQP;
-        EXPECT_EQ(call.cols, is_linear ? 2000 : 400);
-        EXPECT_EQ(call.rows, is_linear ? 8192 : 200);
-        EXPECT_EQ(call.ints, is_linear ? 2000 : 400);
+    std::int32_t n[] = {-7, -7, -7};
+    const auto expect_refused = [&n](std::int32_t type, int missing, std::int32_t code) {
+        static const char* const TEXTS[] = {"problem type is invalid", "numcols_p is NULL",
+                                            "numrows_p is NULL", "numints_p is NULL"};
+        std::int32_t* out[4] = {nullptr, n, n + 1, n + 2};
+        out[missing] = nullptr;
+        EXPECT_EQ(getproblimits(nullptr, type, out[1], out[2], out[3]), code);
+        EXPECT_EQ(MessageLog::take().at(0).text, TEXTS[code - 1]);
+        EXPECT_EQ(*std::max_element(n, n + 3), -7);
+    };
+    for (const std::int32_t type : {-1, 2, 28}) {
+        for (const int missing : {1, 2, 3}) expect_refused(type, missing, missing + 1);
+        expect_refused(type, 0, 1);
+    }
+    for (const std::int32_t type : {0, 1, 4, 8, 12, 16, 20, 24}) {
+        EXPECT_EQ(getproblimits(nullptr, type, n, n + 1, n + 2), 0) << type;
+        EXPECT_EQ(n[0], type <= PROB_MIQP ? 2000 : 400) << type;
+        EXPECT_EQ(n[1], type <= PROB_MIQP ? 8192 : 200) << type;
+        EXPECT_EQ(n[2], n[0]) << type;
     }
 }
 

@@ -29,24 +29,19 @@ const LinearModel CONTRADICTION{{{{1}, 'G', 2}, {{1}, 'L', 1}, {{1}, 'E', 5}}, {
 
 // ---- what can't be a number
 
-// All numbers of a model.
-std::vector<double*> numbers_of(LinearModel& model)
-{
-    std::vector<double*> numbers;
-    for (Reals* array : {&model.obj, &model.lb, &model.ub})
-        for (double& number : *array) numbers.push_back(&number);
-    for (Row& row : model.rows) {
-        numbers.push_back(&row.rhs);
-        for (double& number : row.a) numbers.push_back(&number);
-    }
-    return numbers;
-}
-
 TEST(Probing, finds_no_optimum_where_a_number_is_none)
 {
     const double values[] = {NONE, INFINITE, -INFINITE, 1e308, -1e308, 1e-308};
     LinearModel model = SMALL;
-    const auto numbers = numbers_of(model);
+    std::vector<double*> numbers;
+    const auto add = [&numbers](Reals& array) {
+        for (double& number : array) numbers.push_back(&number);
+    };
+    for (Reals* array : {&model.obj, &model.lb, &model.ub}) add(*array);
+    for (Row& row : model.rows) {
+        numbers.push_back(&row.rhs);
+        add(row.a);
+    }
     for (std::size_t k = 0; k < numbers.size(); ++k)
         for (const double value : values)
             for (const auto layout : {MatrixLayout::sparse, MatrixLayout::dense}) {
@@ -66,6 +61,7 @@ TEST(Probing, finds_no_optimum_where_a_number_is_none)
 
 TEST(Reading, adds_what_comes_twice_and_passes_over_rows_that_do_not_exist)
 {
+    EXPECT_EQ(visitmatrix(nullptr, nullptr, 0, 0, 1.0, nullptr), 0) << "there is no tableau";
     const LoadedModel loaded(SMALL);
     loaded.lp->matind[1] = 0;  // column 1: 1 + 2 in the first row, nothing in the second
     loaded.lp->matind[5] = 3;  // column 2: its last entry names no row
@@ -79,70 +75,32 @@ TEST(Reading, adds_what_comes_twice_and_passes_over_rows_that_do_not_exist)
     const LpEngine& lp = engine.record();
     for (int i = 1; i <= 3; ++i)
         for (int j = 1; j <= 3; ++j) {
-            const auto row = static_cast<std::size_t>(i - 1),
-                       column = static_cast<std::size_t>(j - 1);
+            const Reals& row = meant.rows[static_cast<std::size_t>(i - 1)].a;
             const int exponent = lp.rowexp[i] - lp.colexp[j];
-            EXPECT_EQ(std::ldexp(lp.tableau[i][j], exponent), meant.rows[row].a[column]);
+            EXPECT_EQ(std::ldexp(lp.tableau[i][j], exponent), row[static_cast<std::size_t>(j - 1)]);
         }
-}
-
-TEST(Reading, stops_without_a_tableau)
-{
-    EXPECT_EQ(visitmatrix(nullptr, nullptr, 0, 0, 1.0, nullptr), 0);
 }
 
 // ---- rows
 
-struct SenseCase {
-    const char* name;
-    double lower, upper;
-    char sense;  // 0: refused
-    double rhs;
-};
-
-// clang-format off
-const SenseCase SENSE_CASES[] = {
-    {"equal bounds",               3,     3,        '=', 3},
-    {"equal at infinity",          1e30,  1e30,     '=', 1e30},
-    {"a lower bound",              3,     1e30,     '>', 3},
-    {"a lower bound, beyond",      -1e29, 1e300,    '>', -1e29},
-    {"an upper bound",             -1e30, 3,        '<', 3},
-    {"an upper bound, infinity",   -INFINITE, 1e29, '<', 1e29},
-    {"two bounds",                 1,     2,        0,   0},
-    {"two bounds, out of order",   2,     1,        0,   0},
-    {"no bound",                   -1e30, 1e30,     0,   0},
-    {"no lower number",            NONE,  3,        0,   0},
-    {"no upper number",            3,     NONE,     0,   0},
-};
-// clang-format on
-
-TEST(Senses, come_from_the_bounds_of_the_row)
+TEST(Senses, of_rows_with_two_bounds_or_none_stop_the_set_up)
 {
-    const LoadedModel loaded(TWO_ROWS);
-    EngineRun engine(loaded.lp);
-    LpEngine& lp = engine.record();
-    for (const auto& c : SENSE_CASES) {
-        SCOPED_TRACE(c.name);
-        lp.rowlower[1] = c.lower;
-        lp.rowupper[1] = c.upper;
-        EXPECT_EQ(buildsenses(lp), c.sense != 0);
-        if (c.sense == 0) continue;
-        EXPECT_EQ(lp.senses[1].sense, c.sense);
-        EXPECT_EQ(lp.rhs[1], c.rhs);
-    }
-}
-
-TEST(Senses, of_ranged_rows_stop_the_set_up)
-{
-    const double widths[] = {2.0, 0.0, -2.0};
-    for (const double width : widths) {
-        SCOPED_TRACE(width);
-        const LoadedModel loaded(TWO_COLUMNS);
-        double ranges[] = {width};
-        loaded.lp->rowrange = ranges;
-        loaded.lp->sense[0] = 'R';
+    // clang-format off
+    const struct {
+        char sense;
+        double rhs, width;
+        std::int32_t status;
+    } CASES[] = {{'R', 5, 2, STAT_BADMODEL}, {'R', 5, -2, STAT_BADMODEL}, {'R', 5, 0, STAT_OPTIMAL},
+                 {'L', 1e30, 0, STAT_BADMODEL}, {'L', 1e29, 0, STAT_OPTIMAL}, {'G', -1e30, 0, STAT_BADMODEL}};
+    // clang-format on
+    for (const auto& c : CASES) {
+        SCOPED_TRACE(c.sense + std::to_string(c.rhs) + ", " + std::to_string(c.width));
+        LoadedModel loaded(TWO_COLUMNS);
+        double width = c.width;
+        loaded.lp->rowrange = &width;
+        loaded.sense[0] = c.sense, loaded.rhs[0] = c.rhs;
         optimize(loaded.lp);
-        EXPECT_EQ(loaded.lp->status, width == 0.0 ? STAT_OPTIMAL : STAT_BADMODEL);
+        EXPECT_EQ(loaded.lp->status, c.status);
     }
 }
 
@@ -244,29 +202,26 @@ TEST(AnswerCheck, rejects_a_point_that_a_small_pivot_has_let_pass)
     expect_optimal(TINY_PIVOT, solve(TINY_PIVOT));
 }
 
-TEST(AnswerCheck, failed_still_stores_the_point)
+TEST(Finish, stores_what_belongs_to_the_point_that_is_left)
 {
     const LoadedModel loaded(ONE_ROW);
-    EngineRun engine(loaded.lp);
-    loaded.lp->obj[0] = -2.0;
-    EXPECT_EQ(engine.solve(), ENGINE_MODELCHECK);
-    lpfinish(engine.run);
-    EXPECT_EQ(loaded.lp->x[0], 3.0);
-    EXPECT_EQ(loaded.lp->objval, -6.0);
-    EXPECT_EQ(loaded.lp->slack[0], 0.0);
-}
-
-TEST(Finish, stores_what_belongs_to_the_point_a_strategy_has_left)
-{
-    const LoadedModel loaded(ONE_ROW);
+    const auto expect_stored = [&loaded](double x, double objval, double slack) {
+        EXPECT_EQ(loaded.lp->x[0], x);
+        EXPECT_EQ(loaded.lp->objval, objval);
+        EXPECT_EQ(loaded.lp->slack[0], slack);
+    };
     {
         EngineRun engine(loaded.lp, RUN_REPEATED);
         EXPECT_EQ(engine.solve(), ENGINE_OPTIMAL);
-        engine.run.x[0] = 1.0;
+        engine.run.x[0] = 1.0;  // a strategy's choice
     }
-    EXPECT_EQ(loaded.lp->x[0], 1.0);
-    EXPECT_EQ(loaded.lp->objval, -1.0);
-    EXPECT_EQ(loaded.lp->slack[0], 2.0);
+    expect_stored(1.0, -1.0, 2.0);
+    {
+        EngineRun engine(loaded.lp);
+        loaded.lp->obj[0] = -2.0;
+        EXPECT_EQ(engine.solve(), ENGINE_MODELCHECK);
+    }
+    expect_stored(3.0, -6.0, 0.0);
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <climits>
 #include <cmath>
 #include <string>
 
@@ -13,32 +12,21 @@
 namespace tarnwick {
 namespace {
 
-std::int32_t iterations_of(Problem* lp)
-{
-    std::int32_t iterations = -1;
-    EXPECT_EQ(getcallbackinfo(lp, nullptr, CB_ITERATIONS, &iterations), 0);
-    return iterations;
-}
-
 // ---- whole solves
 
-struct SolveCase {
+constexpr std::int32_t MOST_ITERATIONS = 30;
+
+// clang-format off
+const struct {
     const char* name;
     LinearModel model;
     std::int32_t status;
     double objective;
     std::int32_t iterations = -1;  // -1: any number up to MOST
-};
-constexpr std::int32_t MOST_ITERATIONS = 30;
-
-// clang-format off
-const SolveCase SOLVE_CASES[] = {
+} SOLVE_CASES[] = {
     {"nothing to do",               {{{{1, 1}, 'L', 4}}, {1, 1}},                                     STAT_OPTIMAL, 0.0, 0},
-    {"no costs",                    {{{{1}, 'G', 3}}, {0}},                                           STAT_OPTIMAL, 0.0, 1},
-    {"an empty column",             {{{{1, 0}, 'L', 3}}, {-1, 2}},                                    STAT_OPTIMAL, -3.0, 1},
     {"an empty row",                {{{{0, 0}, 'L', 3}, {{1, 1}, 'G', 2}}, {1, 3}},                   STAT_OPTIMAL, 2.0},
     {"from bound to bound",         {{{{1}, 'L', 10}}, {-1}, {0}, {3}},                               STAT_OPTIMAL, -3.0, 1},
-    {"from upper to lower",         {{{{1}, 'L', 10}}, {1}, {-3}, {0}},                               STAT_OPTIMAL, -3.0, 1},
     {"fixed variables",             {{{{1, 1}, 'L', 10}}, {-1, -1}, {2, 3}, {2, 9}},                  STAT_OPTIMAL, -10.0},
     {"only an upper bound",         {{{{1, 1}, 'G', -8}}, {-1, 1}, {-INF, -INF}, {5, 0}},             STAT_OPTIMAL, -18.0},
     {"free variables",              {{{{1, 1}, 'G', 2}, {{1, -1}, 'L', 6}}, {3, 1}, {-INF, -INF}, {INF, INF}}, STAT_UNBOUNDED, 0.0},
@@ -46,7 +34,6 @@ const SolveCase SOLVE_CASES[] = {
     {"a negative right-hand side",  {{{{-1, -1}, 'L', -2}, {{-1, 0}, 'G', -1}}, {1, 2}},              STAT_OPTIMAL, 3.0},
     {"a redundant equation",        {{{{1, 1}, 'E', 2}, {{2, 2}, 'E', 4}}, {1, 3}},                   STAT_OPTIMAL, 2.0},
     {"equations at zero",           {{{{1, -1}, 'E', 0}, {{1, 1}, 'L', 8}}, {-1, -2}},                STAT_OPTIMAL, -12.0},
-    {"equations alone",             {{{{1, 2}, 'E', 5}, {{3, 1}, 'E', 5}}, {1, 1}},                   STAT_OPTIMAL, 3.0},
     {"all kinds of rows, maximise", {{{{1, 1}, 'L', 10}, {{1, 0}, 'G', 2}, {{0, 1}, 'E', 3}}, {2, 1}, {}, {}, -1}, STAT_OPTIMAL, 17.0},
     {"Beale's cycle",               {{{{0.25, -60, -0.04, 9}, 'L', 0}, {{0.5, -90, -0.02, 3}, 'L', 0}, {{0, 0, 1, 0}, 'L', 1}}, {-0.75, 150, -0.02, 6}}, STAT_OPTIMAL, -0.05},
     {"Kuhn's cycle",                {{{{-2, -9, 1, 9}, 'L', 0}, {{1.0 / 3, 1, -1.0 / 3, -2}, 'L', 0}, {{2, 3, -1, -12}, 'L', 2}}, {-2, -3, 1, 12}}, STAT_OPTIMAL, -2.0},
@@ -54,9 +41,7 @@ const SolveCase SOLVE_CASES[] = {
     {"Kuhn's cycle, open",          {{{{-2, -9, 1, 9}, 'L', 0}, {{1.0 / 3, 1, -1.0 / 3, -2}, 'L', 0}}, {-2, -3, 1, 12}}, STAT_UNBOUNDED, 0.0},
     {"unbounded at once",           {{{{1, -1}, 'L', 1}}, {0, -1}},                                   STAT_UNBOUNDED, 0.0, 0},
     {"unbounded, maximise",         {{{{1, -1}, 'E', 1}}, {1, 0}, {}, {}, -1},                        STAT_UNBOUNDED, 0.0},
-    {"unbounded below",             {{{{1}, 'L', 1}}, {1}, {-INF}, {0}},                              STAT_UNBOUNDED, 0.0},
     {"rows against each other",     {{{{1}, 'G', 2}, {{1}, 'L', 1}}, {1}},                            STAT_INFEASIBLE, 0.0},
-    {"equations that differ",       {{{{1, 1}, 'E', 2}, {{2, 2}, 'E', 5}}, {1, 1}},                   STAT_INFEASIBLE, 0.0},
     {"a row beyond the bounds",     {{{{1, 1}, 'G', 9}}, {1, 1}, {0, 0}, {4, 4}},                     STAT_INFEASIBLE, 0.0, 2},
     {"an empty row that is false",  {{{{0}, 'G', 1}}, {1}},                                           STAT_INFEASIBLE, 0.0, 0},
     {"bounds out of order",         {{{{1, 1}, 'L', 9}}, {-1, -1}, {0, 2}, {4, 1}},                   STAT_INFEASIBLE, 0.0, 0},
@@ -78,8 +63,7 @@ TEST(Simplex, ends_with_the_truth_and_its_proof)
                 expect_optimal(c.model, answer);
                 EXPECT_NEAR(answer.objval, c.objective, 1e-8);
             }
-            const std::int32_t iterations = iterations_of(loaded.lp);
-            EXPECT_EQ(iterations, c.iterations < 0 ? iterations : c.iterations);
+            EXPECT_TRUE(c.iterations < 0 || c.iterations == loaded.lp->iterations);
         }
 }
 
@@ -133,16 +117,14 @@ TEST(Simplex, runs_without_rows)
 
 // ---- single steps
 
-struct StepCase {
+// clang-format off
+const struct {
     const char* name;
     LinearModel model;
     int enters;  // the variable that moves first
     int leaves;  // the logical variable that leaves, by its row; 0: the variable flips
     double x;    // where it comes to rest
-};
-
-// clang-format off
-const StepCase STEP_CASES[] = {
+} STEP_CASES[] = {
     {"the largest cost enters",                {{{{1, 1}, 'L', 4}}, {-1, -2}},                                          2, 1, 4},
     {"the first of equal costs enters",        {{{{1, 1}, 'L', 4}}, {-2, -2}},                                          1, 1, 4},
     {"a free variable enters before all",      {{{{1, 1}, 'L', 4}}, {-2, -0.1}, {0, -INF}, {INF, INF}},                 2, 1, 4},
@@ -180,75 +162,37 @@ TEST(Steps, follow_the_rules_of_the_method)
     }
 }
 
-// In the first x starts at -2 and y at 4.
-// clang-format off
-const LinearModel TURNED{{{{1, 0}, 'G', -3}, {{0, 1}, 'L', 3}, {{1, 1}, 'E', 2}, {{1, 1}, 'E', 1}},
-                         {0, 0}, {-2, 4}, {INF, INF}};
-const LinearModel REDUNDANT{{{{1, 1}, 'E', 2}, {{2, 2}, 'E', 4}}, {1, 3}};
-// clang-format on
-
-TEST(Phases, turn_the_rows_by_their_right_hand_sides)
-{
-    const LoadedModel loaded(TURNED);
-    EngineRun engine(loaded.lp);
-    EXPECT_EQ(engine.solve(), ENGINE_INFEASIBLE);
-    const char senses[] = "<>==";
-    const int flips[] = {1, 1, 0, 1};
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(engine.record().senses[i + 1].flips, flips[i]) << "row " << i;
-        EXPECT_EQ(engine.record().senses[i + 1].sense, senses[i]) << "row " << i;
-    }
-}
-
-TEST(Phases, keep_the_artificial_of_a_redundant_equation_in_the_basis)
-{
-    const LoadedModel loaded(REDUNDANT);
-    EngineRun engine(loaded.lp);
-    EXPECT_EQ(engine.solve(), ENGINE_OPTIMAL);
-    const LpEngine& lp = engine.record();
-    const int kept = lp.rowlabel[1] > 2 ? 1 : 2;
-    EXPECT_EQ(lp.rowlabel[kept], 2 + kept);
-    EXPECT_EQ(lp.rowpending[kept], 1);
-    EXPECT_EQ(lp.tableau[kept][0], 0.0);
-    EXPECT_EQ(lp.activecols, 1) << "the other artificial is gone for good";
-}
-
 // ---- several solves
 
 TEST(RepeatedSolves, start_afresh_from_the_bounds_they_find)
 {
     const RandomShape shape{.rows = 15, .cols = 20, .boxed = 1.0, .equal = 0.1};
-    for (unsigned seed = 1; seed <= 20; ++seed) {
+    for (unsigned seed = 1; seed <= 20 && !HasFailure(); ++seed) {
         SCOPED_TRACE("seed " + std::to_string(seed));
         LinearModel model = solvable_model(seed, shape);
         const LoadedModel loaded(model);
         EngineRun engine(loaded.lp, RUN_REPEATED);
-        ASSERT_EQ(engine.solve(), ENGINE_OPTIMAL);
-        const double first = engine.run.objective;
-
         SolveRun& run = engine.run;
+        ASSERT_EQ(engine.solve(), ENGINE_OPTIMAL);
+        const double first = run.objective;
+
         const std::size_t j = seed % 20;
         std::swap(run.lb[j], run.ub[j]);
         EXPECT_EQ(engine.solve(), ENGINE_INFEASIBLE);
         EXPECT_EQ(engine.solved, 1);
-        std::swap(run.lb[j], run.ub[j]);
 
         // As an integer search would: the variable is fixed at the middle of its range.
         model.lb[j] = model.ub[j] = run.lb[j] = run.ub[j] = 0.5 * (run.lb[j] + run.ub[j]);
         const Answer fresh = solve(model);
-        engine.solve();
-        EXPECT_EQ(run.result == ENGINE_OPTIMAL, fresh.status == STAT_OPTIMAL);
-        EXPECT_EQ(run.result == ENGINE_INFEASIBLE, fresh.status == STAT_INFEASIBLE);
+        ASSERT_EQ(engine.solve(),
+                  fresh.status == STAT_OPTIMAL ? ENGINE_OPTIMAL : ENGINE_INFEASIBLE);
         if (run.result == ENGINE_OPTIMAL) {
             expect_feasible(model, Reals(run.x, run.x + 20));
             EXPECT_NEAR(run.objective * model.objsen, fresh.objval, 1e-6);
         }
-
-        run.lb[j] = loaded.lb[j];
-        run.ub[j] = loaded.ub[j];
+        run.lb[j] = loaded.lb[j], run.ub[j] = loaded.ub[j];
         EXPECT_EQ(engine.solve(), ENGINE_OPTIMAL);
         EXPECT_NEAR(run.objective, first, 1e-7);
-        if (HasFailure()) return;
     }
 }
 

@@ -31,7 +31,9 @@ class OleArray {
     {
         data_ = std::move(values);
         const auto count = static_cast<std::uint32_t>(data_.size());
-        header = {1, 0, sizeof(T), 0, data_.data(), {count, 0}};
+        header = {
+            1, 0, sizeof(T), 0, data_.data(), {count, 0}
+        };
     }
     // From now on this is passed instead.
     void replace(T* by)

@@ -122,10 +122,9 @@ struct HostMatrix {
     // All values are 0, and no slot that a column owns names a row.
     bool is_clear()
     {
-        bool names_a_row = false;
-        for (int k = 0; layout == SPARSE && k < SLOTS; ++k)
-            names_a_row = names_a_row || (k % (SIZE + 1) != 0 && ind[k] != -1);
-        return full() == std::vector<double>(SIZE * SIZE, 0.0) && !names_a_row;
+        int named = 0;
+        for (int k = 0; layout == SPARSE && k < SLOTS; ++k) named += k % (SIZE + 1) && ind[k] != -1;
+        return full() == std::vector<double>(SIZE * SIZE, 0.0) && named == 0;
     }
 
     Layout layout;
@@ -177,9 +176,7 @@ inline const std::string WHOLE =
     "Bounds\n  0.0 <= x1 <= +infinity\n  -infinity <= x2 <= 4.0\n"
     "Integers\n  x2\nEnd\n";
 inline std::string with_objective(const std::string& s) { return "Minimize\n" + s + "\nSubject To\nBounds\nEnd\n"; }
-
 inline std::string with_rows(const std::string& s) { return "Minimize\nSubject To\n" + s + "\nBounds\nEnd\n"; }
-
 inline std::string with_bounds(const std::string& s) { return "Minimize\nSubject To\nBounds\n" + s + "\nEnd\n"; }
 // clang-format on
 

@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "interface/problem.h"
@@ -16,6 +17,10 @@ constexpr double INF = std::numeric_limits<double>::infinity();
 
 TEST(Reader, a_file_is_counted)
 {
+    EXPECT_EQ(count(with_rows("c1: x2 + 2 x2\nc2: 4 x2")).matcnt,
+              (std::vector<std::int32_t>{0, 3}));
+    EXPECT_EQ(count(with_objective("[ x1^2 + 2 x1^2 + 0 x3^2 + x1*x2 ]")).qmatcnt,
+              (std::vector<std::int32_t>{3, 1}));
     const Counts c = count(WHOLE);
     EXPECT_EQ(c.code, 0);
     EXPECT_EQ(c.objsen, 1);
@@ -30,7 +35,6 @@ TEST(Reader, a_file_fills_a_model_in_every_layout)
 {
     for (const Layout matrix : {DENSE, SPARSE})
         for (const Layout q : {DENSE, SPARSE}) {
-            SCOPED_TRACE(testing::Message() << "matrix " << matrix << ", Q " << q);
             Host host(matrix, q);
             ASSERT_EQ(host.read(WHOLE), 0);
             EXPECT_TRUE(host.is_intact());
@@ -58,132 +62,75 @@ TEST(Reader, a_file_fills_a_model_in_every_layout)
 
 // ---- the elements of the format
 
-struct ObjectiveCase {
-    const char* what;
-    const char* text;
-    std::vector<double> want;
+struct Part {
+    std::string (*around)(const std::string&);  // the section that the text belongs to
+    std::vector<double> (*of)(Host&);           // what it fills
 };
+using Numbers = std::vector<double>;
 
-// clang-format off
-const ObjectiveCase OBJECTIVES[] = {
-    {"no prefix",                 "3 x1 - 2 x2 x3",                  {3, -2, 1}},
-    {"the last one stands",       "x1 + 5 x1",                       {5, 0, 0}},
-    {"sign of sign and number",   "- -3 x1 + +4 x2 - +5 x3",         {3, 4, -5}},
-    {"exponents and points",      "1e2 x1 + .5 x2 - 5. x3",          {100, 0.5, -5}},
-    {"a number runs to a space",  "3x1 x2",                          {0, 3, 0}},
-    {"hexadecimal is 0",          "0x10 x1 + x2",                    {0, 1, 0}},
-    {"beyond the range",          "1e999 x1 - 1e999 x2",             {INF, -INF, 0}},
-    {"a lone number at the end",  "x1 + 5\n x2",                     {1, 1, 0}},
-};
-// clang-format on
-
-TEST(Reader, terms_give_the_objective)
+template <class... Arrays>
+Numbers joined(const Arrays&... arrays)
 {
-    for (const auto& c : OBJECTIVES) {
-        SCOPED_TRACE(c.what);
-        Host host(DENSE);
-        EXPECT_EQ(host.read(with_objective(c.text)), 0);
-        EXPECT_EQ(host.obj.values(), c.want);
-    }
+    Numbers all;
+    (all.insert(all.end(), arrays.begin(), arrays.end()), ...);
+    return all;
 }
 
-struct RowCase {
-    const char* what;
-    const char* text;
-    std::string sense;
-    std::vector<double> rhs, row1;  // the coefficients of the first row
-};
+const Part OBJECTIVE{with_objective, [](Host& h) { return h.obj.values(); }};
+const Part FORM{with_objective, [](Host& h) { return h.q.full(); }};
+const Part MATRIX{with_rows, [](Host& h) { return h.matrix.full(); }};
+const Part BOUNDS{with_bounds, [](Host& h) { return joined(h.lb.values(), h.ub.values()); }};
+// Senses, right-hand sides, and the first row.
+const Part ROWS{with_rows, [](Host& h) {
+                    const Numbers a = h.matrix.full();
+                    return joined(h.sense.values(), h.rhs.values(), Numbers{a[0], a[3], a[6]});
+                }};
 
 // clang-format off
-const RowCase ROWS[] = {
-    {"long senses",               "c1: <= 1\nc2: >=2\nc3: =3",      "LGE", {1, 2, 3}, {0, 0, 0}},
-    {"any order, gaps",           "c3: x1 <= 3\nc1: x2 >= 1",       "GEL", {1, 0, 3}, {0, 1, 0}},
-    {"a name runs to a space",    "c1xyz x1 <= 1",                  "LEE", {1, 0, 0}, {1, 0, 0}},
-    {"side that is no number",    "c1: x1 <= +infinity",            "LEE", {0, 0, 0}, {1, 0, 0}},
-    {"range",                     "c1: 1 <= x1 + x2 <= 4",          "LEE", {0, 0, 0}, {0, 0, 0}},
-    {"no sense, next row",        "c1:  x1 + x3\nc2: x1 <= 5",      "ELE", {0, 5, 0}, {1, 0, 1}},
-    {"x0 ends the terms",         "c1: x1 + x0 <= 5",               "EEE", {0, 0, 0}, {1, 0, 0}},
-    {"zero coefficient",          "c1: 0 x1 - 0.0 x99 + x2 <= 4",   "LEE", {4, 0, 0}, {0, 1, 0}},
-    {"repeated place",            "c1: 2 x1 + 3 x1 <= 4",           "LEE", {4, 0, 0}, {5, 0, 0}},
+const struct {
+    const char* what;
+    const Part& part;
+    const char* text;
+    Numbers want;
+} ELEMENTS[] = {
+    {"no prefix",                 OBJECTIVE, "3 x1 - 2 x2 x3",                {3, -2, 1}},
+    {"the last one stands",       OBJECTIVE, "x1 + 5 x1",                     {5, 0, 0}},
+    {"sign of sign and number",   OBJECTIVE, "- -3 x1 + +4 x2 - +5 x3",       {3, 4, -5}},
+    {"exponents and points",      OBJECTIVE, "1e2 x1 + .5 x2 - 5. x3",        {100, 0.5, -5}},
+    {"a number runs to a space",  OBJECTIVE, "3x1 x2",                        {0, 3, 0}},
+    {"hexadecimal is 0",          OBJECTIVE, "0x10 x1 + x2",                  {0, 1, 0}},
+    {"beyond the range",          OBJECTIVE, "1e999 x1 - 1e999 x2",           {INF, -INF, 0}},
+    {"a lone number at the end",  OBJECTIVE, "x1 + 5\n x2",                   {1, 1, 0}},
+    {"long senses",               ROWS,      "c1: <= 1\nc2: >=2\nc3: =3",     {'L', 'G', 'E', 1, 2, 3, 0, 0, 0}},
+    {"any order, gaps",           ROWS,      "c3: x1 <= 3\nc1: x2 >= 1",      {'G', 'E', 'L', 1, 0, 3, 0, 1, 0}},
+    {"a name runs to a space",    ROWS,      "c1xyz x1 <= 1",                 {'L', 'E', 'E', 1, 0, 0, 1, 0, 0}},
+    {"side that is no number",    ROWS,      "c1: x1 <= +infinity",           {'L', 'E', 'E', 0, 0, 0, 1, 0, 0}},
+    {"range",                     ROWS,      "c1: 1 <= x1 + x2 <= 4",         {'L', 'E', 'E', 0, 0, 0, 0, 0, 0}},
+    {"no sense, next row",        ROWS,      "c1:  x1 + x3\nc2: x1 <= 5",     {'E', 'L', 'E', 0, 5, 0, 1, 0, 1}},
+    {"x0 ends the terms",         ROWS,      "c1: x1 + x0 <= 5",              {'E', 'E', 'E', 0, 0, 0, 1, 0, 0}},
+    {"zero coefficient",          ROWS,      "c1: 0 x1 - 0.0 x99 + x2 <= 4",  {'L', 'E', 'E', 4, 0, 0, 0, 1, 0}},
+    {"repeated place",            ROWS,      "c1: 2 x1 + 3 x1 <= 4",          {'L', 'E', 'E', 4, 0, 0, 5, 0, 0}},
+    {"a full column drops the rest", MATRIX, "c1: x2 + 2 x2\nc2: 4 x2\nc3: 8 x2 + 16 x3", {0, 0, 0, 3, 4, 0, 0, 0, 16}},
+    {"spaces",                    BOUNDS,    "  1   <=x2<=2  ",               {-1e30, 1, -1e30, 1e30, 2, 1e30}},
+    {"infinities",                BOUNDS,    "-infinity<=x2<=+infinity",      {-1e30, -1e30, -1e30, 1e30, 1e30, 1e30}},
+    {"each on the other side",    BOUNDS,    "+infinity <= x2 <= -infinity",  {-1e30, 0, -1e30, 1e30, 0, 1e30}},
+    {"beyond the range, signed",  BOUNDS,    "-1e999 <= x2 <= +2",            {-1e30, -INF, -1e30, 1e30, 2, 1e30}},
+    {"words and nothing are 0",   BOUNDS,    "inf <= x2 <= ",                 {-1e30, 0, -1e30, 1e30, 0, 1e30}},
+    {"empty block",               FORM,      "[ ]",                           {0, 0, 0, 0, 0, 0, 0, 0, 0}},
+    {"squares and a product",     FORM,      "+ [ 3 x1^2 x2^2+3 x1 * x2 ]",   {3, 1.5, 0, 1.5, 1, 0, 0, 0, 0}},
+    {"spaces and lines",          FORM,      "[\n   \n x1 ^ 2\n ]",           {1, 0, 0, 0, 0, 0, 0, 0, 0}},
+    {"zero coefficient",          FORM,      "[ 0 x3^2 + x1^2 ]",             {1, 0, 0, 0, 0, 0, 0, 0, 0}},
+    {"repeated",                  FORM,      "[ x1^2 + 2 x1^2 ]",             {3, 0, 0, 0, 0, 0, 0, 0, 0}},
 };
 // clang-format on
 
-TEST(Reader, row_lines_give_the_rows)
+TEST(Reader, each_element_fills_its_part_of_the_model)
 {
-    for (const auto& c : ROWS) {
+    for (const auto& c : ELEMENTS) {
         SCOPED_TRACE(c.what);
         Host host(SPARSE);
-        EXPECT_EQ(host.read(with_rows(c.text)), 0);
-        const auto senses = host.sense.values();
-        EXPECT_EQ(std::string(senses.begin(), senses.end()), c.sense);
-        EXPECT_EQ(host.rhs.values(), c.rhs);
-        const auto matrix = host.matrix.full();
-        EXPECT_EQ((std::vector<double>{matrix[0], matrix[SIZE], matrix[2 * SIZE]}), c.row1);
-    }
-}
-
-TEST(Reader, a_full_column_drops_what_comes_later)
-{
-    Host host(SPARSE);
-    EXPECT_EQ(host.read(with_rows("c1: x2 + 2 x2\nc2: 4 x2\nc3: 8 x2 + 16 x3")), 0);
-    EXPECT_EQ(host.matrix.full(), (std::vector<double>{0, 0, 0, 3, 4, 0, 0, 0, 16}));
-    EXPECT_EQ(count(with_rows("c1: x2 + 2 x2\nc2: 4 x2")).matcnt,
-              (std::vector<std::int32_t>{0, 3}));
-}
-
-struct BoundCase {
-    const char* text;
-    double lower, upper;
-};
-
-constexpr BoundCase BOUNDS[] = {
-    {"1 <= x2 <= 2",                 1,     2   },
-    {"  1   <=x2<=2  ",              1,     2   },
-    {"-infinity <= x2 <= +infinity", -1e30, 1e30},
-    {"-infinity<=x2<=+infinity",     -1e30, 1e30},
-    {"+infinity <= x2 <= -infinity", 0,     0   },
-    {"-1e999 <= x2 <= +2",           -INF,  2   },
-    {"inf <= x2 <= ",                0,     0   },
-};
-
-TEST(Reader, bound_lines_give_the_bounds)
-{
-    for (const auto& c : BOUNDS) {
-        SCOPED_TRACE(c.text);
-        Host host(SPARSE);
-        EXPECT_EQ(host.read(with_bounds(c.text)), 0);
-        EXPECT_EQ(host.lb.values(), (std::vector<double>{-1e30, c.lower, -1e30}));
-        EXPECT_EQ(host.ub.values(), (std::vector<double>{1e30, c.upper, 1e30}));
-    }
-}
-
-struct BlockCase {
-    const char* what;
-    const char* text;
-    std::vector<double> full;
-    std::vector<std::int32_t> counts;
-};
-
-// clang-format off
-const BlockCase BLOCKS[] = {
-    {"empty",             "[ ]",                         {0, 0, 0, 0, 0, 0, 0, 0, 0},     {}},
-    {"square",            "[ x2^2 ]",                    {0, 0, 0, 0, 1, 0, 0, 0, 0},     {0, 1}},
-    {"product",           "+ [ 3 x1^2 x2^2+3 x1 * x2 ]", {3, 1.5, 0, 1.5, 1, 0, 0, 0, 0}, {2, 2}},
-    {"spaces and lines",  "[\n   \n x1 ^ 2\n ]",         {1, 0, 0, 0, 0, 0, 0, 0, 0},     {1}},
-    {"zero coefficient",  "[ 0 x3^2 + x1^2 ]",           {1, 0, 0, 0, 0, 0, 0, 0, 0},     {1}},
-    {"repeated",          "[ x1^2 + 2 x1^2 ]",           {3, 0, 0, 0, 0, 0, 0, 0, 0},     {2}},
-};
-// clang-format on
-
-TEST(Reader, a_quadratic_block_gives_the_form_itself)
-{
-    for (const auto& c : BLOCKS) {
-        SCOPED_TRACE(c.what);
-        Host host(DENSE, SPARSE);
-        EXPECT_EQ(host.read(with_objective(c.text)), 0);
-        EXPECT_EQ(host.q.full(), c.full);
-        EXPECT_EQ(host.obj.values(), std::vector<double>(SIZE, 0.0));
-        EXPECT_EQ(count(with_objective(c.text)).qmatcnt, c.counts);
+        EXPECT_EQ(host.read(c.part.around(c.text)), 0);
+        EXPECT_EQ(c.part.of(host), c.want);
     }
 }
 
@@ -203,17 +150,15 @@ TEST(Reader, an_indefinite_form_is_filled_in_and_told)
 
 // ---- refusals
 
-struct TextRefusal {
-    const char* what;
-    std::string text;
-    const char* told;
-};
-
 const std::string HEAD = "Minimize\n", ROW_HEAD = HEAD + "Subject To\n",
                   BOUND_HEAD = ROW_HEAD + "Bounds\n", INTEGER_HEAD = BOUND_HEAD + "Integers\n";
 
 // clang-format off
-const TextRefusal TEXT_REFUSALS[] = {
+const struct {
+    const char* what;
+    std::string text;
+    const char* told;
+} TEXT_REFUSALS[] = {
     {"empty file",               "",                                      "Error reading input line; error reading first input line"},
     {"zero byte in front",       '\0' + HEAD,                             "missing Maximize/Minimize"},
     {"negative variable",        with_objective("x-1"),                   "error reading objective"},
@@ -221,6 +166,7 @@ const TextRefusal TEXT_REFUSALS[] = {
     {"no second index",          with_objective("[ x1*3 ]"),              "error reading quadratic objective"},
     {"second index of 32 bits",  with_objective("[ x1*x2147483648 ]"),    "error reading quadratic objective"},
     {"power 3",                  with_objective("[ x1^3 ]"),              "error reading quadratic objective"},
+    {"power 2.5",                with_objective("[ x1^2.5 x1^2 ]"),       "error reading quadratic objective"},
     {"text in the objective",    with_objective("x1 Subject To"),         "missing Subject To"},
     {"end for rows",             ROW_HEAD,                                "Error reading input line; error reading input line"},
     {"row of 32 bits",           with_rows("c2147483648: x1 <= 1"),       "error reading constraint"},
@@ -241,14 +187,14 @@ const TextRefusal TEXT_REFUSALS[] = {
 };
 
 // For a model of three columns and rows.
-const TextRefusal SIZE_REFUSALS[] = {
-    {"objective",      with_objective("x4"),              "error reading objective"},
-    {"square",         with_objective("[ x4^2 ]"),        "error reading quadratic objective"},
-    {"product",        with_objective("[ x1*x4 ]"),       "error reading quadratic objective"},
-    {"row",            with_rows("c4: x1 <= 1"),          "error reading constraint"},
-    {"matrix",         with_rows("c1: x4"),               "error reading constraint"},
-    {"bound",          with_bounds("1 <= x4 <= 4"),       "error reading bound"},
-    {"integer",        INTEGER_HEAD + "x4\nEnd\n",        "error reading integer"},
+const std::pair<std::string, const char*> SIZE_REFUSALS[] = {
+    {with_objective("x4"),        "error reading objective"},
+    {with_objective("[ x4^2 ]"),  "error reading quadratic objective"},
+    {with_objective("[ x1*x4 ]"), "error reading quadratic objective"},
+    {with_rows("c4: x1 <= 1"),    "error reading constraint"},
+    {with_rows("c1: x4"),         "error reading constraint"},
+    {with_bounds("1 <= x4 <= 4"), "error reading bound"},
+    {INTEGER_HEAD + "x4\nEnd\n",  "error reading integer"},
 };
 // clang-format on
 
@@ -266,11 +212,11 @@ TEST(Reader, what_lies_beyond_the_model_is_refused)
 {
     const MessageLog log;
     for (const Layout layout : {DENSE, SPARSE})
-        for (const auto& c : SIZE_REFUSALS) {
-            SCOPED_TRACE(c.what);
+        for (const auto& [text, message] : SIZE_REFUSALS) {
+            SCOPED_TRACE(text);
             Host host(layout, layout);
-            EXPECT_EQ(host.read(c.text), 2);
-            EXPECT_EQ(told(), c.told);
+            EXPECT_EQ(host.read(text), 2);
+            EXPECT_EQ(told(), message);
             EXPECT_TRUE(host.is_intact());
         }
 

@@ -66,7 +66,8 @@ TEST(ReaderCall, counts_that_are_absent_or_go_with_a_model_are_not_written)
 TEST(ReaderCall, ole_counts_are_viewed)
 {
     const MessageLog log;
-    setintparam(nullptr, PARAM_OLEARRAYS, 1);
+    Host host(SPARSE);
+    const ArrayMode mode(true);
     const TextFile file(WHOLE);
     const auto read = [&](Problem* lp, OleArray<std::int32_t>& m, OleArray<std::int32_t>& q) {
         return lpread(lp, file.path(), nullptr, nullptr, nullptr, nullptr, m.argument(),
@@ -80,9 +81,6 @@ TEST(ReaderCall, ole_counts_are_viewed)
     EXPECT_EQ(placeholder.values()[0], -1);
     EXPECT_EQ(shorter.values()[0], 2);
 
-    setintparam(nullptr, PARAM_OLEARRAYS, 0);
-    Host host(SPARSE);
-    setintparam(nullptr, PARAM_OLEARRAYS, 1);
     EXPECT_EQ(read(host.lp, placeholder, qmatcnt), 0);
     EXPECT_EQ(told(), "");
     EXPECT_EQ(read(host.lp, shorter, shorter), 7);

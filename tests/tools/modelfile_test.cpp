@@ -43,21 +43,6 @@ std::vector<BadFile> bad_files()
     // clang-format on
 }
 
-struct OddFile {
-    const char* name;
-    const char* text;
-    const char* result;
-};
-
-// clang-format off
-constexpr OddFile ODD_FILES[] = {
-    {"no rows",                 "Maximize\n 2 x1 + x2\nSubject To\nBounds\n 0 <= x1 <= 4\n -1 <= x2 <= 3\nEnd\n",     "objective  11\n"},
-    {"gaps in the numbers",     "Minimize\n x3\nSubject To\n c4: x3 >= 2\nBounds\n 0 <= x3 <= 4\nEnd\n",              "objective  2\n"},
-    {"no feasible point",       "Minimize\n x1\nSubject To\n c1: x1 >= 5\nBounds\n 0 <= x1 <= 4\nEnd\n",              "STAT_INFEASIBLE no feasible point exists\nobjective  -\n"},
-    {"no limit",                "Maximize\n x1\nSubject To\n c1: x1 >= 5\nBounds\n 0 <= x1 <= +infinity\nEnd\n",      "STAT_UNBOUNDED the objective has no limit\nobjective  -\n"},
-};
-// clang-format on
-
 }  // namespace
 
 TEST(ModelFile, a_bad_one_is_refused_by_name_line_and_reason)
@@ -69,16 +54,6 @@ TEST(ModelFile, a_bad_one_is_refused_by_name_line_and_reason)
         const ToolRun run = run_tool("solve " + file);
         EXPECT_EQ(run.status, 2);
         EXPECT_EQ(run.err, file + c.message + '\n');
-    }
-}
-
-TEST(ModelFile, an_odd_one_is_solved_all_the_same)
-{
-    const Scratch scratch;
-    for (const auto& c : ODD_FILES) {
-        SCOPED_TRACE(c.name);
-        const ToolRun run = run_tool("solve --quiet " + scratch.write("model.txt", c.text));
-        EXPECT_NE(run.out.find(c.result), std::string::npos) << run.out << run.err;
     }
 }
 

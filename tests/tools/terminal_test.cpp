@@ -30,38 +30,30 @@ std::string slow_model()
 }
 
 // Runs the tool on a terminal and interrupts it when the first line of progress has come. Both
-// output streams come as one.
-struct TerminalRun {
-    bool had_terminal = false;  // the machine could give one
-    int status = -1;
-    std::string out;
-};
-
-TerminalRun run_and_interrupt(const std::string& file)
+// output streams come as one. Status -2: the machine has no terminal to give.
+ToolRun run_and_interrupt(const std::string& file)
 {
-    TerminalRun run;
-    int terminal = -1;
+    ToolRun run;
+    int terminal = -1, ended = 0;
     const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
     if (child == 0) {
         setenv("TERM", "xterm", 1);
         execl(TARNWICK_TOOL, "tarnwick", "solve", file.c_str(), "-s", "timelimit=60", nullptr);
         _exit(127);
     }
+    run.status = -2;
     if (child < 0) return run;
-    run.had_terminal = true;
 
     bool has_interrupted = false;
     char text[4096];
     for (ssize_t count = 0; (count = read(terminal, text, sizeof text)) > 0;) {
         run.out.append(text, static_cast<std::size_t>(count));
         if (has_interrupted || run.out.find(" iterations, ") == std::string::npos) continue;
-        has_interrupted = true;
-        kill(child, SIGINT);
+        has_interrupted = kill(child, SIGINT) == 0;
     }
-    int ended = 0;
     waitpid(child, &ended, 0);
     close(terminal);
-    if (WIFEXITED(ended)) run.status = WEXITSTATUS(ended);
+    run.status = WIFEXITED(ended) ? WEXITSTATUS(ended) : -1;
     return run;
 }
 
@@ -70,8 +62,8 @@ TerminalRun run_and_interrupt(const std::string& file)
 TEST(Terminal, an_interrupt_ends_the_progress_and_reports_the_point_so_far)
 {
     const Scratch scratch;
-    const TerminalRun run = run_and_interrupt(scratch.write("model.txt", slow_model()));
-    if (!run.had_terminal) GTEST_SKIP() << "no pseudo-terminal here";
+    const ToolRun run = run_and_interrupt(scratch.write("model.txt", slow_model()));
+    if (run.status == -2) GTEST_SKIP() << "no pseudo-terminal here";
     EXPECT_EQ(run.status, 1);
     const std::size_t cleared = run.out.rfind("\r\033[K");
     ASSERT_NE(cleared, std::string::npos);
