@@ -61,34 +61,26 @@ TEST(Services, tell_numbers_by_selector)
 
 TEST(Services, build_capability_words_from_switches)
 {
+    using S = SolveControl;
+    // clang-format off
     const struct {
-        std::int32_t selector;
-        void (*set)(SolveControl&);
+        std::int32_t selector, S::*member, value;
         std::uint32_t word;
     } CASES[] = {
-        {0, [](SolveControl&) {},                        0   },
-        {0, [](SolveControl& c) { c.nlpderivmode = 1; }, 2   },
-        {0, [](SolveControl& c) { c.nlpderivmode = 2; }, 0   }, // no function for derivatives
-        {0, [](SolveControl& c) { c.nlpderivmode = 3; }, 2   },
-        {0, [](SolveControl& c) { c.nlpquadext = 1; },   4   },
-        {0, [](SolveControl& c) { c.nlpcgonly = 1; },    8   },
-        {0, [](SolveControl& c) { c.nlprecoglin = 1; },  32  },
-        {1, [](SolveControl&) {},                        1   },
-        {1, [](SolveControl& c) { c.binrowfix = 1; },    257 },
-        {1, [](SolveControl& c) { c.bindualfix = 1; },   513 },
-        {1, [](SolveControl& c) { c.binorder = 1; },     1025},
-        {1, [](SolveControl& c) { c.bintighten = 1; },   2049},
-        {3, [](SolveControl&) {},                        0   },
-        {3, [](SolveControl& c) { c.reqbounds = 1; },    64  },
-        {4, [](SolveControl&) {},                        1   },
-        {4, [](SolveControl& c) { c.reserved1007 = 1; }, 3   },
+        {0, &S::popsize,    1, 0   }, {0, &S::nlpquadext,  1, 4  }, {0, &S::nlpcgonly,    1, 8   }, {0, &S::nlprecoglin, 1, 32},
+        {1, &S::popsize,    1, 1   }, {1, &S::binrowfix,   1, 257}, {1, &S::bindualfix,   1, 513 }, {1, &S::binorder,    1, 1025},
+        {1, &S::bintighten, 1, 2049}, {3, &S::popsize,     1, 0  }, {3, &S::reqbounds,    1, 64  }, {4, &S::popsize,     1, 1},
+        {4, &S::reserved1007, 1, 3 }, {0, &S::nlpderivmode, 1, 2 }, {0, &S::nlpderivmode, 3, 2   },
+        {0, &S::nlpderivmode, 2, 0 },  // the model has no function for derivatives
     };
+    // clang-format on
     for (const auto& c : CASES) {
         ServedModel model;
-        SolveControl& control = *model.control;
-        control.nlpderivmode = control.nlpquadext = control.nlpcgonly = control.nlprecoglin = 0;
-        control.reqbounds = control.reserved1007 = 0;
-        c.set(control);
+        S& control = *model.control;
+        for (const auto member : {&S::nlpderivmode, &S::nlpquadext, &S::nlpcgonly, &S::nlprecoglin,
+                                  &S::reqbounds, &S::reserved1007})
+            control.*member = 0;
+        control.*c.member = c.value;
         EXPECT_EQ(getcapability(&control, c.selector), c.word) << c.selector << ", " << c.word;
     }
 }

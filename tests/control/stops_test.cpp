@@ -37,7 +37,6 @@ TEST(Limits, end_a_run_with_their_status)
         std::uint32_t clock, step;
         std::int32_t status, iterations;
     } CASES[] = {
-        {"no limit",                    100.0, 100, 5000,       1,    STAT_OPTIMAL,      2},
         {"one iteration",               100.0, 1,   5000,       1,    STAT_ITERLIM_FEAS, 2},
         {"a second each",               2.9,   100, 5999,       1000, STAT_TIMELIM_FEAS, 2},
         {"seconds count when complete", 1.0,   100, 5000,       499,  STAT_OPTIMAL,      2},

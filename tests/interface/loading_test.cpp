@@ -153,7 +153,6 @@ constexpr Refused<OL> OLE_LP_VIEWS[] = {
     {"matind placeholder",        [](OL& c) { c.matind.assign({-1}); },              1, "matbeg, matcnt, matind are not all valid arrays"},
     {"a plain -1 for matind",     [](OL& c) { c.matind.replace(&minus_one); },       1, "matbeg, matcnt, matind are not all valid arrays"},
     {"matbeg placeholder",        [](OL& c) { c.matbeg.assign({-1}); },              1, "matbeg element is invalid"},
-    {"matcnt placeholder",        [](OL& c) { c.matcnt.assign({-1}); },              1, "matcnt element is invalid"},
     {"dense matval short by one", [](OL& c) { c.make_dense({1, 1, 1, 1, 1}); },      1, "matval is not a valid array"},
     {"dense matval, matnz 0",     [](OL& c) { c.make_dense({1}); c.matnz = 0; },     1, "matval is not a valid array"},
     {"dense matval placeholder",  [](OL& c) { c.make_dense({-1}); c.matnz = 1; },    1, "matval is not a valid array"},
@@ -175,8 +174,6 @@ constexpr Refused<Q> QUAD_REFUSALS[] = {
     {"count above numcols", [](Q& c) { c.qmatcnt[0] = 3; },                 3, "qmatcnt element is invalid"},
     {"row -1",              [](Q& c) { c.qmatind[0] = -1; },                4, "qmatind element is invalid"},
     {"start beyond numcols squared", [](Q& c) { c.qmatbeg[1] = 5; },        2, "qmatbeg element is invalid"},
-    {"beyond qnz",          [](Q& c) { c.qmatcnt[1] = 2; },                 3, "qmatcnt element is invalid"},
-    {"row numcols + 1",     [](Q& c) { c.qmatind[1] = 3; },                 4, "qmatind element is invalid"},
 };
 
 constexpr Refused<OQ> OLE_QUAD_REFUSALS[] = {

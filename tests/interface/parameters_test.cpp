@@ -109,32 +109,29 @@ TEST(SetDefaults, resets_the_model_or_the_process_and_says_nothing)
     const SmallModel model;
     Problem foreign{};
     const struct {
-        const char* what;
         Problem* lp;
         std::int32_t code;
         std::int32_t process_wide, of_the_model;  // what is left of 2 and of 5
-        std::size_t messages;
     } CASES[] = {
-        {"the model", model.lp,                                       0, 2, INT32_MAX, 0},
-        {"null",      nullptr,                                        0, 0, 5,         0},
-        {"all ones",  reinterpret_cast<Problem*>(~std::uintptr_t{0}), 0, 2, 5,         0},
-        {"no model",  &foreign,                                       1, 2, 5,         1},
+        {model.lp,                                       0, 2, INT32_MAX},
+        {nullptr,                                        0, 0, 5        },
+        {reinterpret_cast<Problem*>(~std::uintptr_t{0}), 0, 2, 5        },
+        {&foreign,                                       1, 2, 5        },
+    };
+    const auto value = [](Problem* lp, std::int32_t number) {
+        std::int32_t got = -1;
+        EXPECT_EQ(getintparam(lp, number, &got), 0);
+        return got;
     };
     for (const auto& c : CASES) {
-        SCOPED_TRACE(c.what);
         const MessageLog log;
         EXPECT_EQ(setintparam(&foreign, PARAM_RESERVED997, 2), 0) << "which belongs to no model";
         setintparam(model.lp, PARAM_NODELIMIT, 5);
         EXPECT_EQ(setdefaults(c.lp), c.code);
-        const auto value = [](Problem* lp, std::int32_t number) {
-            std::int32_t got = -1;
-            EXPECT_EQ(getintparam(lp, number, &got), 0);
-            return got;
-        };
         EXPECT_EQ(value(nullptr, PARAM_RESERVED997), c.process_wide);
         EXPECT_EQ(value(nullptr, PARAM_MESSAGES), c.lp ? 1 : 0);
         EXPECT_EQ(value(model.lp, PARAM_NODELIMIT), c.of_the_model);
-        EXPECT_EQ(MessageLog::take().size(), c.messages);
+        EXPECT_EQ(MessageLog::take().size(), static_cast<std::size_t>(c.code));
     }
 }
 

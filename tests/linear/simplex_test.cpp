@@ -86,24 +86,6 @@ TEST(Simplex, agrees_with_a_look_at_every_vertex)
         EXPECT_GE(seen[status], 60) << "models with status " << status;
 }
 
-TEST(Simplex, proves_its_optima_on_random_models)
-{
-    // clang-format off
-    const RandomShape shapes[] = {
-        {.rows = 12, .cols = 15, .free = 0.2, .fixed = 0.1},
-        {.rows = 30, .cols = 20, .density = 0.3},
-        {.rows = 40, .cols = 60, .density = 0.2, .degenerate = true, .free = 0.1},
-        {.rows = 20, .cols = 80, .density = 0.5, .equal = 1.0, .greater = 0.0},
-    };
-    // clang-format on
-    for (const auto& shape : shapes)
-        for (unsigned seed = 1; seed <= 25 && !HasFailure(); ++seed) {
-            SCOPED_TRACE(std::to_string(shape.cols) + " columns, seed " + std::to_string(seed));
-            const LinearModel model = solvable_model(seed, shape);
-            expect_optimal(model, solve(model));
-        }
-}
-
 TEST(Simplex, runs_without_rows)
 {
     const LoadedModel loaded({{{{1}, 'L', 9}}, {-1}, {0}, {3}});

@@ -15,6 +15,7 @@
 #include "linear/simplex.h"
 #include "tests/support/enginerun.h"
 #include "tests/support/referencesimplex.h"
+#include "tests/support/verifier.h"
 
 namespace tarnwick {
 namespace {
@@ -105,12 +106,9 @@ const struct {
     {"a few rows",                   {.rows = 5, .cols = 7},                                         40, INT_MAX, 150},
     {"all kinds of variables",       {.rows = 30, .cols = 40, .free = 0.2, .fixed = 0.1},            10, INT_MAX, 200},
     {"equations alone",              {.rows = 25, .cols = 60, .equal = 1.0, .greater = 0.0},         6,  INT_MAX, 150},
-    {"more rows than columns",       {.rows = 90, .cols = 30},                                       6,  INT_MAX, 150},
     {"just not waiting",             {.rows = 63, .cols = 63},                                       4,  INT_MAX, 150},
     {"just waiting",                 {.rows = 64, .cols = 64, .free = 0.1},                          4,  INT_MAX, 150},
     {"ties",                         {.rows = 40, .cols = 50, .density = 0.3, .degenerate = true},   10, INT_MAX, 100},
-    {"ties, waiting",                {.rows = 120, .cols = 120, .density = 0.1, .degenerate = true}, 2,  INT_MAX, 100},
-    {"medium",                       {.rows = 150, .cols = 150, .free = 0.1, .fixed = 0.05},         2,  INT_MAX, 200},
     {"more",                         {.rows = 256, .cols = 300, .boxed = 0.5, .free = 0.05},         1,  INT_MAX, 200},
     {"5% full",                      {.rows = 300, .cols = 300, .density = 0.05, .free = 0.05},      1,  INT_MAX, 200},
     {"1% full",                      {.rows = 300, .cols = 300, .density = 0.01, .equal = 0.3},      2,  INT_MAX, 200},
@@ -132,7 +130,9 @@ TEST(Pivots, give_the_numbers_and_the_path_of_the_textbook)
         for (unsigned seed = 1; seed <= static_cast<unsigned>(c.models); ++seed) {
             SCOPED_TRACE(std::string(c.name) + ", seed " + std::to_string(seed));
             const auto layout = seed % 2 ? MatrixLayout::sparse : MatrixLayout::dense;
-            iterations += expect_the_textbook(solvable_model(seed, c.shape), c.iterlimit, layout);
+            const LinearModel model = solvable_model(seed, c.shape);
+            iterations += expect_the_textbook(model, c.iterlimit, layout);
+            if (c.iterlimit == INT_MAX) expect_optimal(model, solve(model, layout));
             if (HasFailure()) return;
         }
         EXPECT_GE(iterations, c.least) << c.name;

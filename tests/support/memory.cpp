@@ -24,7 +24,6 @@ struct alignas(std::max_align_t) Header {
 constexpr std::uint64_t LIVE_SEAL = 0x7461726e7769636bU;
 
 std::atomic<long> alive{0};
-std::atomic<long> granted{0};
 std::atomic<long> allowed{LONG_MAX};
 std::atomic<bool> failed{false};
 
@@ -53,7 +52,6 @@ void* allocate_block(std::size_t bytes) noexcept
     auto* const header = static_cast<Header*>(memory);
     *header = {.bytes = bytes, .seal = LIVE_SEAL};
     ++alive;
-    ++granted;
     return header + 1;
 }
 
@@ -79,7 +77,6 @@ void release_block(void* block) noexcept
 }
 
 long blocks_alive() noexcept { return alive; }
-long total_allocations() noexcept { return granted; }
 
 void allow_allocations(long n) noexcept
 {

@@ -9,7 +9,6 @@ namespace tarnwick {
 constexpr unsigned char RELEASED_BYTE = 0xA5;
 
 long blocks_alive() noexcept;
-long total_allocations() noexcept;  // granted since the program began
 
 // The next n requests are granted and all later ones fail, until allow_all_allocations.
 void allow_allocations(long n) noexcept;

@@ -103,6 +103,14 @@ TEST(ReaderCall, a_line_fits_with_its_line_feed_in_250_characters)
         }
 }
 
+TEST(ReaderCall, an_empty_line_takes_the_rest_of_the_buffer_with_it)
+{
+    for (const std::size_t rest : {248U, 249U, 250U})
+        EXPECT_EQ(
+            count("Minimize\nx1\n\n" + std::string(rest, '?') + "Subject To\nBounds\nEnd\n").code,
+            rest == 249 ? 0 : 2);
+}
+
 TEST(ReaderCall, the_platform_decides_nothing_about_line_ends)
 {
     const auto converted = [](std::string text) {
@@ -127,13 +135,13 @@ TEST(ReaderCall, the_platform_decides_nothing_about_line_ends)
 
 TEST(ReaderCall, a_truncated_file_is_complete_only_with_its_end)
 {
-    const std::size_t complete = WHOLE.size() - 1;
     for (std::size_t length = 0; length <= WHOLE.size(); ++length) {
         SCOPED_TRACE(length);
         const std::string text = WHOLE.substr(0, length);
-        EXPECT_EQ(count(text).code, length >= complete ? 0 : 2);
+        const std::int32_t code = length >= WHOLE.size() - 1 ? 0 : 2;
+        EXPECT_EQ(count(text).code, code);
         Host host(SPARSE);
-        EXPECT_EQ(host.read(text), length >= complete ? 0 : 2);
+        EXPECT_EQ(host.read(text), code);
         EXPECT_TRUE(host.is_intact());
     }
 }

@@ -57,20 +57,6 @@ TEST(ModelFile, a_bad_one_is_refused_by_name_line_and_reason)
     }
 }
 
-TEST(ModelFile, a_line_that_does_not_belong_is_found_wherever_it_stands)
-{
-    const Scratch scratch;
-    const std::string text = content_of(TARNWICK_SOURCE_DIR "/examples/sc50a.txt");
-    std::size_t k = 0;
-    for (std::size_t at = 0; at < text.size(); at = text.find('\n', at) + 1, ++k) {
-        if (k % 7 != 0) continue;
-        auto spoilt = text;
-        const std::string file = scratch.write("model.txt", spoilt.insert(at, "?\n"));
-        const std::string start = file + ':' + std::to_string(k + 1) + ": ";
-        EXPECT_EQ(run_tool("solve " + file).err.substr(0, start.size()), start);
-    }
-}
-
 TEST(ModelFile, info_counts_what_the_file_holds)
 {
     const Scratch scratch;
