@@ -12,6 +12,7 @@
 #include "control/services.h"
 #include "interface/problem.h"
 #include "linear/lpengine.h"
+#include "nonsmooth/nspengine.h"
 #include "platform/floatcontrol.h"
 
 namespace tarnwick {
@@ -195,7 +196,8 @@ struct EngineRow {
 };
 
 constexpr EngineRow ENGINES[] = {
-    {is_lp_family, lpinit, lpsolve, lpfinish},
+    {is_lp_family,  lpinit,  lpsolve,  lpfinish },
+    {is_nsp_family, nspinit, nspsolve, nspfinish},
 };
 
 // False: this version has no engine for models of this type.

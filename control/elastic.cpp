@@ -19,8 +19,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double INFINITE_BOUND = 1e30;
-
 bool has_lower(double lower) noexcept { return lower > -INFINITE_BOUND; }
 bool has_upper(double upper) noexcept { return upper < INFINITE_BOUND; }
 

@@ -10,6 +10,9 @@ namespace tarnwick {
 struct SolveControl;
 struct SolveRun;
 
+// A bound of this magnitude or more is none.
+inline constexpr double INFINITE_BOUND = 1e30;
+
 // How an engine or a strategy ends. The map to external statuses is a table of the driver.
 enum EngineResult : std::int32_t {
     ENGINE_OPTIMAL = 0,

@@ -142,8 +142,6 @@ std::int32_t getrunparam(SolveControl* control, std::int32_t selector) noexcept
 
 namespace {
 
-constexpr double INFINITE_BOUND = 1e30;
-
 struct RowLimits {
     double lower, upper;
 };

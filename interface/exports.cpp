@@ -7,6 +7,7 @@
 #include "control/services.h"
 #include "linear/lpengine.h"
 #include "linear/probe.h"
+#include "nonsmooth/nspengine.h"
 #include "platform/messagebox.h"
 
 namespace tarnwick {
@@ -22,6 +23,9 @@ const NumberedExport NUMBERED_EXPORTS[] = {
     {45, "lpinit",         reinterpret_cast<TarnwickEntry>(lpinit)},
     {46, "lpsolve",        reinterpret_cast<TarnwickEntry>(lpsolve)},
     {47, "lpfinish",       reinterpret_cast<TarnwickEntry>(lpfinish)},
+    {51, "nspinit",        reinterpret_cast<TarnwickEntry>(nspinit)},
+    {52, "nspsolve",       reinterpret_cast<TarnwickEntry>(nspsolve)},
+    {53, "nspfinish",      reinterpret_cast<TarnwickEntry>(nspfinish)},
     {54, "beginrun",       reinterpret_cast<TarnwickEntry>(beginrun)},
     {55, "endrun",         reinterpret_cast<TarnwickEntry>(endrun)},
     {56, "getengineclass", reinterpret_cast<TarnwickEntry>(getengineclass)},

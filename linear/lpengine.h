@@ -20,8 +20,6 @@
 
 namespace tarnwick {
 
-inline constexpr double INFINITE_BOUND = 1e30;
-
 // Entries of this magnitude or less count as zero in every update, in scaled units.
 inline constexpr double NEGLIGIBLE = 1e-15;
 

@@ -20,8 +20,6 @@ struct CountArray {
 // bits, gives false and changes nothing.
 class ModelStore {
   public:
-    static constexpr double INFINITE_BOUND = 1e30;  // a bound of this magnitude is none
-
     // With a Problem the counts are the lengths of the columns of Q, and are not written.
     ModelStore(Problem* problem, CountArray matcnt, CountArray qmatcnt) noexcept
         : problem_(problem), matcnt_(matcnt), qmatcnt_(qmatcnt)

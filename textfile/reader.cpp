@@ -26,8 +26,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double INFINITE_BOUND = ModelStore::INFINITE_BOUND;
-
 enum : std::int32_t { READ_NOT_SUPPORTED = 1, READ_REFUSED = 2, READ_INDEFINITE = 8 };
 enum : std::int32_t { READ_BAD_MATCNT = 7, READ_BAD_QMATCNT = 8 };
 
