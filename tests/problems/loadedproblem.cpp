@@ -1,0 +1,195 @@
+#include "tests/problems/loadedproblem.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+
+namespace tarnwick {
+
+namespace {
+
+std::map<Problem*, LoadedProblem*> hosts;
+
+Reals spread(const Reals& values, int n)
+{
+    const auto count = static_cast<std::size_t>(n);
+    if (values.empty()) return Reals(count, 0.0);
+    return values.size() == 1 ? Reals(count, values[0]) : values;
+}
+
+std::int32_t TARNWICK_CALL evaluate(Problem* lp, std::int32_t, std::int32_t, double* objval_p,
+                                    double* lhs, double* var, std::int32_t, std::int32_t)
+{
+    LoadedProblem& host = *hosts.at(lp);
+    ++host.evaluations;
+    *objval_p = host.problem.value({var}, {lhs});
+    return std::isnan(*objval_p);
+}
+
+std::int32_t TARNWICK_CALL differentiate(Problem* lp, std::int32_t numcols, std::int32_t,
+                                         std::int32_t, double*, double* obj, std::int32_t*,
+                                         std::int32_t*, std::int32_t*, double* matval, double* x,
+                                         char*, char*)
+{
+    LoadedProblem& host = *hosts.at(lp);
+    ++host.jacobians;
+    const Derivatives d = derivatives_at(host.problem, Reals(x, x + numcols));
+    std::copy(d.obj.begin(), d.obj.end(), obj);
+    std::copy(d.matval.begin(), d.matval.end(), matval);
+    return std::any_of(d.obj.begin(), d.obj.end(), [](double v) { return std::isnan(v); });
+}
+
+double excess(double value, Limits limits)
+{
+    if (std::isnan(value)) return INF;
+    const double below = (limits.lower - value) / (1 + std::fabs(limits.lower));
+    const double above = (value - limits.upper) / (1 + std::fabs(limits.upper));
+    return std::max({0.0, below, above});
+}
+
+bool is_near(double value, double limit, double tol)
+{
+    return std::fabs(value - limit) <= tol * (1 + std::fabs(limit));
+}
+
+// How far a multiplier of a minimisation has the wrong sign for where its value lies.
+double wrong_sign(double multiplier, double value, Limits limits, double tol)
+{
+    double wrong = 0.0;
+    if (!is_near(value, limits.lower, tol)) wrong = std::max(wrong, multiplier);
+    if (!is_near(value, limits.upper, tol)) wrong = std::max(wrong, -multiplier);
+    return wrong;
+}
+
+Reals rows_at(const FunctionProblem& problem, const Reals& x, double& f)
+{
+    Reals g(static_cast<std::size_t>(problem.numrows()) + 1, 0.0);
+    f = problem.value({x.data()}, {g.data()});
+    return g;
+}
+
+}  // namespace
+
+Limits limits_of_row(const FunctionProblem& problem, int i)
+{
+    const auto k = static_cast<std::size_t>(i);
+    const double rhs = spread(problem.rhs, problem.numrows())[k];
+    const double other = rhs + spread(problem.range, problem.numrows())[k];
+    switch (problem.sense[k]) {
+    case SENSE_LESS: return {-INF, rhs};
+    case SENSE_GREATER: return {rhs, INF};
+    case SENSE_RANGE: return {std::min(rhs, other), std::max(rhs, other)};
+    default: return {rhs, rhs};
+    }
+}
+
+Limits limits_of_column(const FunctionProblem& problem, int j)
+{
+    const auto k = static_cast<std::size_t>(j);
+    if (!problem.ctype.empty() && problem.ctype[k] == TYPE_BINARY) return {0, 1};
+    return {spread(problem.lower, problem.numcols())[k],
+            spread(problem.upper, problem.numcols())[k]};
+}
+
+LoadedProblem::LoadedProblem(const FunctionProblem& p, Family f) : problem(p), family(f)
+{
+    const int n = p.numcols(), m = p.numrows();
+    obj = Reals(static_cast<std::size_t>(n), 0.0);
+    rhs = spread(p.rhs, m);
+    range = spread(p.range, m);
+    matval = Reals(static_cast<std::size_t>(n) * static_cast<std::size_t>(m), 0.0);
+    var = p.start;
+    lb = spread(p.lower, n);
+    ub = spread(p.upper, n);
+    sense = p.sense;
+    ctype = p.ctype;
+    lp = loadnlp(p.name, n, m, p.objsen, obj.data(), rhs.data(), sense.data(), nullptr, nullptr,
+                 nullptr, matval.data(), var.data(), lb.data(), ub.data(), range.data(), n * m,
+                 evaluate, differentiate);
+    hosts[lp] = this;
+    if (family == Family::nonsmooth) loadnltype(lp, nullptr, nullptr);
+    if (!ctype.empty()) loadctype(lp, ctype.data());
+}
+
+LoadedProblem::~LoadedProblem()
+{
+    hosts.erase(lp);
+    unloadprob(&lp);
+}
+
+Answer LoadedProblem::solve()
+{
+    Answer answer;
+    answer.x.resize(var.size());
+    answer.slack.resize(rhs.size());
+    const bool has_duals = family == Family::smooth && ctype.empty();
+    if (has_duals) answer.dj.resize(var.size());
+    if (has_duals) answer.piout.resize(rhs.size());
+    if (optimize(lp) || solution(lp, &answer.status, &answer.objval, answer.x.data(),
+                                 has_duals ? answer.piout.data() : nullptr, answer.slack.data(),
+                                 has_duals ? answer.dj.data() : nullptr))
+        answer.status = -1;
+    return answer;
+}
+
+Derivatives derivatives_at(const FunctionProblem& problem, Reals x)
+{
+    const auto n = x.size(), m = problem.sense.size();
+    Derivatives d{Reals(n), Reals(n * m)};
+    for (std::size_t j = 0; j < n; ++j) {
+        const double old = x[j], step = 1e-6 * (1 + std::fabs(old));
+        double above, below;
+        x[j] = old + step;
+        const Reals g = rows_at(problem, x, above);
+        x[j] = old - step;
+        const Reals h = rows_at(problem, x, below);
+        x[j] = old;
+        d.obj[j] = (above - below) / (2 * step);
+        for (std::size_t i = 0; i < m; ++i) d.matval[j * m + i] = (g[i] - h[i]) / (2 * step);
+    }
+    return d;
+}
+
+double violation(const FunctionProblem& problem, const Reals& x)
+{
+    double f, worst = 0.0;
+    const Reals g = rows_at(problem, x, f);
+    for (int i = 0; i < problem.numrows(); ++i)
+        worst = std::max(worst, excess(g[static_cast<std::size_t>(i)], limits_of_row(problem, i)));
+    for (int j = 0; j < problem.numcols(); ++j)
+        worst =
+            std::max(worst, excess(x[static_cast<std::size_t>(j)], limits_of_column(problem, j)));
+    return worst;
+}
+
+double objective(const FunctionProblem& problem, const Reals& x)
+{
+    double f;
+    rows_at(problem, x, f);
+    return f;
+}
+
+double stationarity_error(const FunctionProblem& problem, const Answer& answer, double bindingtol)
+{
+    const auto n = answer.x.size(), m = problem.sense.size();
+    const Derivatives d = derivatives_at(problem, answer.x);
+    double f, worst = 0.0, size = 1.0;
+    const Reals g = rows_at(problem, answer.x, f);
+
+    for (std::size_t j = 0; j < n; ++j) {
+        double rest = d.obj[j] - answer.dj[j];
+        for (std::size_t i = 0; i < m; ++i) rest -= answer.piout[i] * d.matval[j * m + i];
+        worst = std::max(worst, std::fabs(rest));
+        size = std::max({size, std::fabs(d.obj[j]), std::fabs(answer.dj[j])});
+        worst =
+            std::max(worst, wrong_sign(problem.objsen * answer.dj[j], answer.x[j],
+                                       limits_of_column(problem, static_cast<int>(j)), bindingtol));
+    }
+    for (std::size_t i = 0; i < m; ++i)
+        worst =
+            std::max(worst, wrong_sign(problem.objsen * answer.piout[i], g[i],
+                                       limits_of_row(problem, static_cast<int>(i)), bindingtol));
+    return worst / size;
+}
+
+}  // namespace tarnwick
