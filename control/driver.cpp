@@ -9,6 +9,7 @@
 
 #include <algorithm>
 
+#include "control/branch.h"
 #include "control/services.h"
 #include "interface/problem.h"
 #include "linear/lpengine.h"
@@ -105,16 +106,14 @@ bool has_integer(const SolveRun& run) noexcept
            std::any_of(flags, flags + run.numvars, [](std::int32_t flag) { return flag != 0; });
 }
 
-// This version solves continuous models: for an elastic search, and for integer variables in an
-// engine that leaves them to a strategy, there is none to choose.
+// For an elastic search this version has no strategy to choose.
 bool choose_strategy(SolveRun& run) noexcept
 {
     SolveControl* const control = run.control;
     if (getintinfo(control, INFO_ELASTICMODE) != 0) return false;
-    if (getintinfo(control, INFO_BRANCHING) != 0 && has_integer(run)) return false;
-
-    run.strategy = directsolve;
-    run.flags = RUN_DIRECT;
+    const bool branches = getintinfo(control, INFO_BRANCHING) != 0 && has_integer(run);
+    run.strategy = branches ? branchsolve : directsolve;
+    run.flags = branches ? RUN_REPEATED : RUN_DIRECT;
     return true;
 }
 

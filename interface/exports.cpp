@@ -3,6 +3,7 @@
 
 #include "interface/exports.h"
 
+#include "control/branch.h"
 #include "control/driver.h"
 #include "control/services.h"
 #include "linear/lpengine.h"
@@ -20,6 +21,7 @@ namespace {
 const NumberedExport NUMBERED_EXPORTS[] = {
     {41, "solveproblem",   reinterpret_cast<TarnwickEntry>(solveproblem)},
     {42, "directsolve",    reinterpret_cast<TarnwickEntry>(directsolve)},
+    {43, "branchsolve",    reinterpret_cast<TarnwickEntry>(branchsolve)},
     {45, "lpinit",         reinterpret_cast<TarnwickEntry>(lpinit)},
     {46, "lpsolve",        reinterpret_cast<TarnwickEntry>(lpsolve)},
     {47, "lpfinish",       reinterpret_cast<TarnwickEntry>(lpfinish)},

@@ -2,7 +2,7 @@
 // solves it once or, with changed bounds, many times:
 //
 //     lpinit    sizes, bounds, kind of model, tableau, scales
-//     lpsolve   restore the tableau, scale the bounds, simplex, check of the answer
+//     lpsolve   restore the tableau, scale the bounds, preprocess, simplex, check of the answer
 //     lpfinish  final evaluation, analysis, results to the Problem
 //
 // From one solve to the next only the point carries over; every solve starts from the tableau as
@@ -14,6 +14,7 @@
 
 #include "control/services.h"
 #include "linear/analysis.h"
+#include "linear/binaries.h"
 #include "linear/lpengine.h"
 #include "linear/pivot.h"
 #include "linear/probe.h"
@@ -138,14 +139,15 @@ void scale_model(LpEngine& lp) noexcept
     scalegradient(lp, {lp.grad});
 }
 
-EngineResult set_up(LpEngine& lp) noexcept
+EngineResult set_up(LpEngine& lp, SolveRun& run) noexcept
 {
     if (!read_sizes(lp)) return ENGINE_BADMODEL;
     if (const EngineResult code = read_model(lp); code != ENGINE_OPTIMAL) return code;
     if (const EngineResult code = read_tableau(lp); code != ENGINE_OPTIMAL) return code;
     scale_model(lp);
     // Only now, because the diagnosis of such a model reads the tableau.
-    return lp.mode == MODE_NONE ? ENGINE_MODELCHECK : ENGINE_OPTIMAL;
+    if (lp.mode == MODE_NONE) return ENGINE_MODELCHECK;
+    return setupbinaries(lp, run) ? ENGINE_OPTIMAL : ENGINE_NOMEMORY;
 }
 
 }  // namespace
@@ -154,7 +156,7 @@ std::int32_t lpinit(SolveRun& run) noexcept
 {
     LpEngine* const lp = create_engine(run.control);
     run.engine = lp;
-    run.result = lp ? set_up(*lp) : ENGINE_NOMEMORY;
+    run.result = lp ? set_up(*lp, run) : ENGINE_NOMEMORY;
     if (run.result != ENGINE_OPTIMAL) return 0;
 
     run.numvars = lp->n;
@@ -234,7 +236,8 @@ std::int32_t lpsolve(SolveRun& run) noexcept
     }
 
     scalecolumns(lp, {lp.x, lp.lower, lp.upper});
-    run.result = solve_scaled(lp, run.objective);
+    const bool is_possible = preprocessbinaries(lp, run);
+    run.result = is_possible ? solve_scaled(lp, run.objective) : ENGINE_INFEASIBLE;
     lp.pointisscaled = goes_straight_to_analysis(lp, run);
     if (!lp.pointisscaled) unscalecolumns(lp, {lp.x, lp.lower, lp.upper});
     run.objective = unscaleobjective(lp, run.objective);
@@ -269,6 +272,7 @@ std::int32_t lpfinish(SolveRun& run) noexcept
     LpEngine* const lp = engine_of(run);
     if (!lp) return 1;
     if (lp->x) store_results(*lp, run);
+    releasebinaries(*lp, run);
     release_engine(lp);
     run.engine = nullptr;
     return 1;

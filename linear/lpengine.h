@@ -50,6 +50,9 @@ struct WaitingPivots {
     Vec<std::int32_t> list;  // n, columns of the entries of a pivot row; scratch
 };
 
+// Which activity of a row holds the share of an infinite bound.
+enum : std::uint8_t { MAXREST_OPEN = 1, MINREST_OPEN = 2 };
+
 struct LpEngine {
     SolveControl* control = nullptr;
 
@@ -107,6 +110,19 @@ struct LpEngine {
     Matrix savedtableau;
     Vec<RowSense> savedsenses;  // m
 
+    // Preprocessing of 0-1 variables: see linear/binaries.cpp.
+    int numbin = 0;  // at set-up, the first of the list; 0: there is no preprocessing
+    bool fixbyrow = false, fixbycost = false, orderbin = false, tightenrest = false;
+    bool binscaled = false;              // some binone is not 1.0
+    double pretol = 0.0;                 // absolute, scaled: rows, and bounds that move
+    Vec<double> binone;                  // n, the value 1.0 in scaled units
+    Vec<double> rowmaxrest, rowminrest;  // m, activities of the columns that are not 0-1
+    Vec<std::uint8_t> restisopen;        // m, MAXREST_OPEN and MINREST_OPEN
+    Vec<char> rowstatus;                 // m, ' ', or '-' for a row that can't be violated
+    Vec<bool> isbinary;                  // n
+    Array<std::int32_t> branchlist;      // what the run's list points at
+    Array<char> binarystate;             // likewise
+
     // The analysis.
     Vec<double> dj;              // n, reduced costs in the sense of the model
     Vec<double> objup, objdown;  // n, room of each cost while the basis stays optimal
@@ -118,6 +134,8 @@ struct LpEngine {
     ArrayBlock arrays;
     ArrayBlock matrices;
     ArrayBlock savedmatrix;
+    ArrayBlock onearray;
+    ArrayBlock binaryarrays;
 };
 
 // The engine's entries: see engine.h for what they promise.

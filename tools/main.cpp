@@ -20,24 +20,14 @@ namespace {
 
 void tell(const std::string& text) { std::fputs((text + '\n').c_str(), stderr); }
 
-bool set_to(const Model& model, std::int32_t number, std::int32_t value)
-{
-    std::int32_t current = 0;
-    getintparam(model.lp.get(), number, &current);
-    return current == value;
-}
-
-// This version's engine takes linear programs alone; the status says only that the run failed.
+// This version solves no quadratic objective; the status says only that the run failed.
 void explain(const Model& model, const Solution& solution)
 {
     const bool is_refused = solution.status == STAT_BADMODEL || solution.status == STAT_INTERNAL;
-    if (!is_refused || model.is_linear_program()) return;
-    const bool has_integers = model.integers > 0 && !set_to(model, PARAM_RELAXINT, 1);
-    tell(fmt::format("{}: this version solves linear programs in continuous variables, and the "
-                     "model has {}{}{}",
-                     model.file, has_integers ? "integer variables" : "",
-                     has_integers && model.has_quadratic ? " and " : "",
-                     model.has_quadratic ? "a quadratic objective" : ""));
+    if (!is_refused || !model.has_quadratic) return;
+    tell(fmt::format("{}: this version solves linear models, and the model has a quadratic "
+                     "objective",
+                     model.file));
 }
 
 int run_solve(const Arguments& arguments, Messages& messages)

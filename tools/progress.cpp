@@ -1,9 +1,11 @@
 #include "tools/progress.h"
 
 #include <chrono>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unistd.h>
@@ -21,12 +23,14 @@ using Clock = std::chrono::steady_clock;
 constexpr auto BETWEEN_UPDATES = std::chrono::milliseconds(100);
 constexpr const char CLEAR_LINE[] = "\r\033[K";
 constexpr std::int32_t GO_ON = 0, STOP = 1;
+constexpr std::int32_t NODE_EVENT = 101;
 
 // The library's callbacks carry no data of the host's.
 struct State {
     bool shows_progress = false;
     bool has_line = false;  // something is on the terminal
     Clock::time_point start, last_update;
+    std::optional<double> bound;  // of the objective with integer variables
     struct sigaction old_action {};
 };
 
@@ -48,17 +52,33 @@ bool is_terminal()
     return ::isatty(STDERR_FILENO) != 0 && kind && std::string_view(kind) != "dumb";
 }
 
-std::string line_of(Problem* lp, Clock::duration elapsed)
+std::string simplex_line(Problem* lp)
 {
     const bool is_feasible = counter<std::int32_t>(lp, CB_FEASIBLE) != 0;
-    std::string line =
-        fmt::format("{} iterations, {} {:.9g}, {:.1f} s", all_iterations(lp),
-                    is_feasible ? "objective" : "infeasibility",
-                    counter<double>(lp, is_feasible ? CB_OBJECTIVE : CB_INFEASIBILITY),
-                    std::chrono::duration<double>(elapsed).count());
-    if (const auto nodes = counter<std::int32_t>(lp, CB_NODES))
-        line = fmt::format("{} nodes, {}", nodes, line);
-    return line;
+    return fmt::format("{} iterations, {} {:.9g}", all_iterations(lp),
+                       is_feasible ? "objective" : "infeasibility",
+                       counter<double>(lp, is_feasible ? CB_OBJECTIVE : CB_INFEASIBILITY));
+}
+
+// An objective of 0 can't be told from no integer solution at all.
+std::string search_line(Problem* lp, std::int32_t nodes)
+{
+    std::string line = fmt::format("{} nodes, ", nodes);
+    const auto best = counter<double>(lp, CB_BESTINTEGER);
+    const std::optional<double>& bound = state().bound;
+    if (best != 0.0) line += fmt::format("best {:.9g}, ", best);
+    if (bound) line += fmt::format("bound {:.9g}, ", *bound);
+    if (bound && best != 0.0)
+        line += fmt::format("gap {:.2f}%, ",
+                            100.0 * std::fabs(best - *bound) / (std::fabs(*bound) + 1.0));
+    return line + fmt::format("{} iterations", all_iterations(lp));
+}
+
+std::string line_of(Problem* lp, Clock::duration elapsed)
+{
+    const auto nodes = counter<std::int32_t>(lp, CB_NODES);
+    const std::string line = nodes > 0 ? search_line(lp, nodes) : simplex_line(lp);
+    return fmt::format("{}, {:.1f} s", line, std::chrono::duration<double>(elapsed).count());
 }
 
 void update_line(Problem* lp)
@@ -72,9 +92,17 @@ void update_line(Problem* lp)
     std::fflush(stderr);
 }
 
-std::int32_t TARNWICK_CALL on_report(Problem* lp, std::int32_t)
+// The first node comes straight after the relaxation. Without an iteration it left no objective.
+void note_bound(Problem* lp)
+{
+    if (counter<std::int32_t>(lp, CB_NODES) == 1 && all_iterations(lp) > 0)
+        state().bound = counter<double>(lp, CB_OBJECTIVE);
+}
+
+std::int32_t TARNWICK_CALL on_report(Problem* lp, std::int32_t event)
 {
     if (interrupted) return STOP;
+    if (event == NODE_EVENT) note_bound(lp);
     if (state().shows_progress) update_line(lp);
     return GO_ON;
 }

@@ -10,11 +10,11 @@ constexpr OptionText SOLVE_OPTIONS[] = {OPTION_SET,    OPTION_SENSITIVITY, OPTIO
 constexpr OptionText REPORT_OPTIONS[] = {OPTION_FORMAT, OPTION_OUTPUT, OPTION_HELP};
 
 constexpr CommandText TOOL = {
-    "", "COMMAND [OPTION]...", "solve linear programs from text files",
+    "", "COMMAND [OPTION]...", "solve linear and mixed-integer programs from text files",
     "Reads a model in the plain-text format of the tarnwick library, solves it or describes it, "
     "and "
-    "writes a report. What is solved are linear programs in continuous variables; models with "
-    "integer variables or a quadratic objective can be read and described.",
+    "writes a report. What is solved are linear programs, also with integer variables; models with "
+    "a quadratic objective can be read and described.",
     TOOL_OPTIONS};
 
 constexpr CommandText SOLVE = {
@@ -25,7 +25,8 @@ constexpr CommandText SOLVE = {
     "reduced costs and duals. On a terminal a line on standard error shows the progress. An "
     "interrupt (Ctrl-C) stops the run and reports the best point so far; a second one ends the "
     "tool "
-    "at once.",
+    "at once. With integer variables the line shows the nodes of the search, the best integer "
+    "solution, the bound that the relaxation sets, and the gap between the two.",
     SOLVE_OPTIONS};
 
 constexpr CommandText INFO = {"info", "[OPTION]... FILE", "Describe the model in FILE.",
