@@ -39,11 +39,11 @@ std::int32_t TARNWICK_CALL differentiate(Problem* lp, std::int32_t numcols, std:
     return std::any_of(d.obj.begin(), d.obj.end(), [](double v) { return std::isnan(v); });
 }
 
-double excess(double value, Limits limits)
+double excess(double value, Limits limits, double unit)
 {
     if (std::isnan(value)) return INF;
-    const double below = (limits.lower - value) / (1 + std::fabs(limits.lower));
-    const double above = (value - limits.upper) / (1 + std::fabs(limits.upper));
+    const double below = (limits.lower - value) / (unit + std::fabs(limits.lower));
+    const double above = (value - limits.upper) / (unit + std::fabs(limits.upper));
     return std::max({0.0, below, above});
 }
 
@@ -153,12 +153,13 @@ Derivatives derivatives_at(const FunctionProblem& problem, Reals x)
 double violation(const FunctionProblem& problem, const Reals& x)
 {
     double f, worst = 0.0;
-    const Reals g = rows_at(problem, x, f);
-    for (int i = 0; i < problem.numrows(); ++i)
-        worst = std::max(worst, excess(g[static_cast<std::size_t>(i)], limits_of_row(problem, i)));
-    for (int j = 0; j < problem.numcols(); ++j)
-        worst =
-            std::max(worst, excess(x[static_cast<std::size_t>(j)], limits_of_column(problem, j)));
+    const Reals g = rows_at(problem, x, f), first = rows_at(problem, problem.start, f);
+    for (std::size_t i = 0; i < problem.sense.size(); ++i) {
+        const double unit = std::isnan(first[i]) ? 1 : 1 + std::fabs(first[i]);
+        worst = std::max(worst, excess(g[i], limits_of_row(problem, static_cast<int>(i)), unit));
+    }
+    for (std::size_t j = 0; j < x.size(); ++j)
+        worst = std::max(worst, excess(x[j], limits_of_column(problem, static_cast<int>(j)), 1));
     return worst;
 }
 

@@ -43,8 +43,9 @@ struct Derivatives {
 };
 Derivatives derivatives_at(const FunctionProblem& problem, Reals x);
 
-// The largest violation of a bound or a row, relative to 1 + the size of the limit. The problem's
-// function is all that it knows.
+// The largest violation of a bound or a row, relative to 1 + the size of the limit, and for a row also
+// that of its value at the start, which the engines take for the row's unit. The problem's function
+// is all that it knows.
 double violation(const FunctionProblem& problem, const Reals& x);
 double objective(const FunctionProblem& problem, const Reals& x);
 

@@ -138,7 +138,7 @@ std::vector<FunctionProblem> all_problems()
 {.name = "CEC g01", .start = Reals(13, 0.5), .lower = {0}, .upper = {1, 1, 1, 1, 1, 1, 1, 1, 1, 100, 100, 100, 1},
     .sense = "LLLLLLLLL", .rhs = {10, 10, 10, 0, 0, 0, 0, 0, 0}, .optimum = -15,
     .best = {1, 1, 1, 1, 1, 1, 1, 1, 1, 3, 3, 3, 1}, .value = cec_g01},
-{.name = "CEC g02", .start = Reals(20, 5.0), .lower = {0}, .upper = {10}, .sense = "GL", .rhs = {0.75, 150},
+{.name = "CEC g02", .start = Reals(20, 1.0), .lower = {0}, .upper = {10}, .sense = "GL", .rhs = {0.75, 150},
     .optimum = -0.80361910412559,
     .best = {3.16246061572185, 3.12833142812967, 3.09479212988791, 3.06145059523469, 3.02792915885555,
              2.99382606701730, 2.95866871765285, 2.92184227312450, 0.49482511456933, 0.48835711005490,
@@ -193,7 +193,7 @@ from_book("HS 108", "CEC g18", {-10, -10, -10, -10, -10, -10, -10, -10, 0}, {10,
         return std::max({square(x[1]) + fourth(x[2]), square(2 - x[1]) + square(2 - x[2]), 2 * exp(x[2] - x[1])});
     }},
 {.name = "kinked: distances along a line, with a row", .start = {9, 9, 9}, .lower = {0}, .upper = {10}, .sense = "L", .rhs = {12},
-    .optimum = 3, .best = {1, 5, 6},
+    .optimum = 2, .best = {1, 4, 7},
     .value = [](Point x, RowValues g) {
         g[1] = sum_of(x, 1, 3);
         return fabs(x[1] - 2) + fabs(x[2] - 5) + 2 * fabs(x[3] - 7);
