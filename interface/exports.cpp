@@ -7,6 +7,7 @@
 #include "control/driver.h"
 #include "control/services.h"
 #include "linear/lpengine.h"
+#include "linear/objective.h"
 #include "linear/probe.h"
 #include "nonsmooth/nspengine.h"
 #include "platform/messagebox.h"
@@ -47,6 +48,7 @@ const NumberedExport NUMBERED_EXPORTS[] = {
     {71, "getrunparam",    reinterpret_cast<TarnwickEntry>(getrunparam)},
     {72, "setelastic",     reinterpret_cast<TarnwickEntry>(setelastic)},
     {73, "visitmatrix",    reinterpret_cast<TarnwickEntry>(visitmatrix)},
+    {74, "visitquad",      reinterpret_cast<TarnwickEntry>(visitquad)},
 };
 // clang-format on
 

@@ -160,26 +160,26 @@ void scale_point(LpEngine& lp) noexcept
     if (!lp.pointisscaled) scalecolumns(lp, {lp.x, lp.lower, lp.upper});
 }
 
-void unscale_solution(LpEngine& lp) noexcept
+void unscale_solution(LpEngine& lp, Vec<double> reduced, Vec<double> duals) noexcept
 {
     unscalecolumns(lp, {lp.lower, lp.x, lp.upper});
-    unscalegradient(lp, {lp.dj});
+    unscalegradient(lp, {reduced});
     unscalerowvalues(lp, {lp.rowlower, lp.rowupper});
-    unscaleduals(lp, lp.pi);
+    unscaleduals(lp, duals);
 }
 
-SolutionRecord solution_record(const LpEngine& lp) noexcept
+SolutionRecord solution_record(const LpEngine& lp, Vec<double> reduced, Vec<double> duals) noexcept
 {
     return {.columns = lp.n,
             .lower = lp.lower.first(),
             .point = lp.x.first(),
             .upper = lp.upper.first(),
-            .reduced = lp.dj.first(),
+            .reduced = reduced.first(),
             .rows = lp.m,
             .rowlower = lp.rowlower.first(),
             .rowvalue = lp.rowvalue.first(),
             .rowupper = lp.rowupper.first(),
-            .duals = lp.pi.first()};
+            .duals = duals.first()};
 }
 
 SensitivityRecord sensitivity_record(LpEngine& lp) noexcept
@@ -205,8 +205,8 @@ void finishlinear(LpEngine& lp) noexcept
     analyse_columns(lp);
     analyse_rows(lp);
 
-    unscale_solution(lp);
-    const SolutionRecord solution = solution_record(lp);
+    unscale_solution(lp, lp.dj, lp.pi);
+    const SolutionRecord solution = solution_record(lp, lp.dj, lp.pi);
     const SensitivityRecord sensitivity = sensitivity_record(lp);
     storesolution(lp.control, &solution, &sensitivity);
 }
@@ -276,10 +276,18 @@ void finishplain(LpEngine& lp, bool diagnose) noexcept
     scale_point(lp);
     if (diagnose) diagnose_model(lp);
 
-    unscale_solution(lp);
+    unscale_solution(lp, lp.dj, lp.pi);
     // The probes have moved the stored point and its objective.
     if (diagnose) evalfunctions(lp.control, lp.rowvalue.first(), lp.x.first());
-    const SolutionRecord solution = solution_record(lp);
+    const SolutionRecord solution = solution_record(lp, lp.dj, lp.pi);
+    storesolution(lp.control, &solution, nullptr);
+}
+
+void storeresults(LpEngine& lp, Vec<double> reduced, Vec<double> duals) noexcept
+{
+    unscale_solution(lp, reduced, duals);
+    unscalerowvalues(lp, {lp.rowvalue});
+    const SolutionRecord solution = solution_record(lp, reduced, duals);
     storesolution(lp.control, &solution, nullptr);
 }
 

@@ -12,4 +12,7 @@ void finishlinear(LpEngine& lp) noexcept;
 // linear model in the tableau are marked in the arrays of the reduced costs and duals.
 void finishplain(LpEngine& lp, bool diagnose) noexcept;
 
+// Stores the point, the rows and these results, all in scaled units, without ranges.
+void storeresults(LpEngine& lp, Vec<double> reduced, Vec<double> duals) noexcept;
+
 }  // namespace tarnwick

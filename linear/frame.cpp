@@ -16,8 +16,10 @@
 #include "linear/analysis.h"
 #include "linear/binaries.h"
 #include "linear/lpengine.h"
+#include "linear/multipliers.h"
 #include "linear/pivot.h"
 #include "linear/probe.h"
+#include "linear/quadratic.h"
 #include "linear/scaling.h"
 #include "linear/simplex.h"
 
@@ -118,8 +120,8 @@ EngineResult read_model(LpEngine& lp) noexcept
 EngineResult read_tableau(LpEngine& lp) noexcept
 {
     if (!create_tableau(lp)) return ENGINE_NOMEMORY;
-    // The method for quadratic objectives is not part of this version.
-    if (lp.mode == MODE_QUADRATIC) return ENGINE_BADMODEL;
+    if (lp.mode == MODE_QUADRATIC)
+        if (const EngineResult code = setupquadratic(lp); code != ENGINE_OPTIMAL) return code;
     if (!buildsenses(lp)) return ENGINE_BADMODEL;
     if (readmatrix(lp)) return ENGINE_OPTIMAL;
     const bool stopped = reportprogress(lp.control, EVENT_POLL, 0, 0.0) == STOP_USER;
@@ -181,26 +183,27 @@ void copy_tableau(const LpEngine& lp, const Matrix& to, const Matrix& from) noex
 bool restore_or_save(LpEngine& lp, const SolveRun& run) noexcept
 {
     if ((run.flags & RUN_REPEATED) == 0 && lp.mode == MODE_LINEAR) return true;
-    const bool is_first = !lp.savedtableau;
-    if (is_first &&
-        !lp.savedmatrix.create([&lp](auto& layout) { layout(lp.savedtableau, lp.m + 1, lp.n); }))
+    if (lp.savedtableau) {
+        restoretableau(lp);
+        return true;
+    }
+    if (!lp.savedmatrix.create([&lp](auto& layout) { layout(lp.savedtableau, lp.m + 1, lp.n); }))
         return false;
-
-    const Vec<RowSense> to = is_first ? lp.savedsenses : lp.senses;
-    const Vec<RowSense> from = is_first ? lp.senses : lp.savedsenses;
-    std::copy_n(from.data(), lp.m + 1, to.data());
-    if (is_first)
-        copy_tableau(lp, lp.savedtableau, lp.tableau);
-    else
-        copy_tableau(lp, lp.tableau, lp.savedtableau);
+    std::copy_n(lp.senses.data(), lp.m + 1, lp.savedsenses.data());
+    copy_tableau(lp, lp.savedtableau, lp.tableau);
     return true;
 }
 
 EngineResult solve_scaled(LpEngine& lp, double& objective) noexcept
 {
-    if (lp.mode != MODE_LINEAR) return ENGINE_BADMODEL;
-    const EngineResult code = solvesimplex(lp);
-    objective = lp.tableau[0][0];
+    if (lp.mode == MODE_LINEAR) {
+        const EngineResult code = solvesimplex(lp);
+        objective = lp.tableau[0][0];
+        return checkanswer(lp, code);
+    }
+    if (lp.mode != MODE_QUADRATIC) return ENGINE_BADMODEL;
+    const EngineResult code = solveboxed(lp, objective);
+    if (lp.maximize) objective = -objective;
     return checkanswer(lp, code);
 }
 
@@ -210,7 +213,8 @@ bool is_direct(const SolveRun& run) noexcept { return (run.flags & RUN_DIRECT) !
 // units too, when the check of the answer has just evaluated this very point.
 bool goes_straight_to_analysis(const LpEngine& lp, const SolveRun& run) noexcept
 {
-    return is_direct(run) && run.result == ENGINE_OPTIMAL && lp.rowsarecurrent;
+    return lp.mode == MODE_LINEAR && is_direct(run) && run.result == ENGINE_OPTIMAL &&
+           lp.rowsarecurrent;
 }
 
 bool may_go_on(EngineResult code) noexcept
@@ -219,6 +223,12 @@ bool may_go_on(EngineResult code) noexcept
 }
 
 }  // namespace
+
+void restoretableau(LpEngine& lp) noexcept
+{
+    std::copy_n(lp.savedsenses.data(), lp.m + 1, lp.senses.data());
+    copy_tableau(lp, lp.tableau, lp.savedtableau);
+}
 
 std::int32_t lpsolve(SolveRun& run) noexcept
 {
@@ -257,8 +267,10 @@ void store_results(LpEngine& lp, const SolveRun& run) noexcept
         evalfunctions(lp.control, lp.rowvalue.first(), lp.x.first());
     reportprogress(lp.control, EVENT_FINAL_DONE, 0, 0.0);
 
-    if (run.result == ENGINE_OPTIMAL && is_direct(run)) {
-        finishlinear(lp);
+    // Without any solve there is no copy of a quadratic model's tableau, and nothing to analyse.
+    const bool has_tableau = lp.mode == MODE_LINEAR || lp.savedtableau;
+    if (run.result == ENGINE_OPTIMAL && is_direct(run) && has_tableau) {
+        lp.mode == MODE_LINEAR ? finishlinear(lp) : finishquadratic(lp);
         return;
     }
     // A linear run has consumed its tableau: there is nothing left to diagnose it by.

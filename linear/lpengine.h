@@ -123,6 +123,17 @@ struct LpEngine {
     Array<std::int32_t> branchlist;      // what the run's list points at
     Array<char> binarystate;             // likewise
 
+    // The quadratic method: see objective.cpp, master.cpp and quadratic.cpp.
+    Matrix quad;  // rows 0..n, columns 0..n: [0] the linear costs, then Q, symmetric; real
+    Vec<std::int32_t> quadfirst;  // n, first column of an entry of row i of Q, n+1 if there is none
+    Vec<std::int32_t> quadlast;   // n, the last one, 0 if there is none
+    Matrix vertices;  // rows 0..n+3, columns 0..n: [0] the current point, 1..hullsize the vertices;
+                      // entry 0 is the predicted objective, and the weight of a vertex
+    Matrix midvalues;  // rows 0..n+3, columns 0..n+2: objective half-way between two vertices;
+                       // [0] and [hullsize+1] are weights of a master
+    int hullsize = 0;  // vertices alive, at most n+2
+    std::int32_t majors = 0;  // major iterations
+
     // The analysis.
     Vec<double> dj;              // n, reduced costs in the sense of the model
     Vec<double> objup, objdown;  // n, room of each cost while the basis stays optimal
@@ -136,7 +147,11 @@ struct LpEngine {
     ArrayBlock savedmatrix;
     ArrayBlock onearray;
     ArrayBlock binaryarrays;
+    ArrayBlock quadratics;
 };
+
+// Brings the tableau and the senses as read back, from the copy of lpsolve.
+void restoretableau(LpEngine& lp) noexcept;
 
 // The engine's entries: see engine.h for what they promise.
 extern "C" {

@@ -236,6 +236,25 @@ bool all_within_bounds(const LpEngine& lp) noexcept
     return true;
 }
 
+// A quadratic answer has no basis to agree with: each row must be the linear form as read.
+bool rows_are_linear(const LpEngine& lp) noexcept
+{
+    for (int i = 1; i <= lp.m; ++i) {
+        const double* const row = lp.savedtableau[i];
+        double predicted = lp.rhs[i] - row[0];
+        for (int j = 1; j <= lp.n; ++j) predicted += row[j] * lp.x[j];
+        const double value = lp.rowvalue[i];
+        if (!(std::fabs(value - predicted) / (std::fabs(value) + 1.0) <= lp.tol)) return false;
+    }
+    return true;
+}
+
+bool is_consistent(const LpEngine& lp) noexcept
+{
+    if (lp.mode == MODE_QUADRATIC) return rows_are_linear(lp);
+    return rows_agree(lp) && objective_agrees(lp);
+}
+
 }  // namespace
 
 EngineResult checkanswer(LpEngine& lp, EngineResult code) noexcept
@@ -243,8 +262,7 @@ EngineResult checkanswer(LpEngine& lp, EngineResult code) noexcept
     if (lp.answerverified || code != ENGINE_OPTIMAL) return code;
     if (!evalrows(lp, lp.rowvalue, lp.x)) return ENGINE_EVALERROR;
     lp.rowsarecurrent = true;
-    if (!rows_agree(lp) || !objective_agrees(lp) || !all_within_bounds(lp))
-        return ENGINE_MODELCHECK;
+    if (!is_consistent(lp) || !all_within_bounds(lp)) return ENGINE_MODELCHECK;
     lp.answerverified = true;
     return code;
 }

@@ -153,11 +153,21 @@ void refreshiterate(LpEngine& lp) noexcept
         if (lp.collabel[j] <= lp.n) lp.iterate[lp.collabel[j]] = lp.x[lp.collabel[j]];
 }
 
+constexpr std::int32_t EVENT_STEP = EVENT_ITERATION | EVENT_POLL;
+
+// The pivots of a subproblem do not count, but a subproblem without end must meet the time limit and
+// the callback.
+std::int32_t report_subproblem(const LpEngine& lp) noexcept
+{
+    constexpr std::int32_t SILENT_PIVOTS = 1000;
+    if (lp.iterations % SILENT_PIVOTS != 0) return reportprogress(lp.control, EVENT_POLL, 0, 0.0);
+    return reportprogress(lp.control, EVENT_STEP, lp.majors,
+                          unscaleobjective(lp, lp.vertices[0][0]));
+}
+
 std::int32_t report_step(const LpEngine& lp) noexcept
 {
-    if (lp.mode == MODE_QUADRATIC) return reportprogress(lp.control, EVENT_POLL, 0, 0.0);
-
-    constexpr std::int32_t EVENT_STEP = EVENT_ITERATION | EVENT_POLL;
+    if (lp.mode == MODE_QUADRATIC) return report_subproblem(lp);
     const double infeasibility = lp.basicvalue[lp.m + 1];
     if (lp.tol < infeasibility)
         return reportprogress(lp.control, EVENT_STEP | EVENT_INFEASIBILITY, lp.iterations,
@@ -167,12 +177,17 @@ std::int32_t report_step(const LpEngine& lp) noexcept
                           lp.maximize ? -objective : objective);
 }
 
-// Reports the step. When it was the last one, its point is evaluated, so that the Problem holds it.
 EngineResult reportiterate(LpEngine& lp) noexcept
 {
     if (report_step(lp) == STOP_NONE) return ENGINE_OPTIMAL;
-
     refreshiterate(lp);
+    return stopatiterate(lp);
+}
+
+}  // namespace
+
+EngineResult stopatiterate(LpEngine& lp) noexcept
+{
     reportprogress(lp.control, EVENT_FINAL, 0, 0.0);
     unscalecolumns(lp, {lp.iterate});
     evalfunctions(lp.control, lp.rowprobe.first(), lp.iterate.first());
@@ -182,6 +197,8 @@ EngineResult reportiterate(LpEngine& lp) noexcept
 }
 
 // ---- the phases
+
+namespace {
 
 // The row's first logical variable has just left the basis, into column c.
 void fixrow(LpEngine& lp, int r, int c) noexcept

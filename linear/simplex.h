@@ -13,4 +13,8 @@ EngineResult solvesimplex(LpEngine& lp) noexcept;
 // the present point, cost[j] the cost of variable j, to be minimised. Null: the costs stay.
 EngineResult resolvesimplex(LpEngine& lp, Vec<const double> cost) noexcept;
 
+// After a report that asked to stop: evaluates lp.iterate, so that the Problem holds it, and gives the
+// code of the stop.
+EngineResult stopatiterate(LpEngine& lp) noexcept;
+
 }  // namespace tarnwick

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
@@ -89,6 +90,12 @@ class Matrix {
         return rows_[i];
     }
     double* const* rows() const noexcept { return rows_; }
+    // Row i goes behind row k, and those between move up: an exchange of pointers.
+    void move_behind(int i, int k) const noexcept
+    {
+        assert(0 <= i && i <= k && k <= m_);
+        std::rotate(rows_ + i, rows_ + i + 1, rows_ + k + 1);
+    }
     void* data() const noexcept { return rows_; }  // the row pointers, for a visit
     int width() const noexcept { return width_; }  // cells of a row, whole cache lines
     explicit operator bool() const noexcept { return rows_ != nullptr; }

@@ -20,16 +20,6 @@ namespace {
 
 void tell(const std::string& text) { std::fputs((text + '\n').c_str(), stderr); }
 
-// This version solves no quadratic objective; the status says only that the run failed.
-void explain(const Model& model, const Solution& solution)
-{
-    const bool is_refused = solution.status == STAT_BADMODEL || solution.status == STAT_INTERNAL;
-    if (!is_refused || !model.has_quadratic) return;
-    tell(fmt::format("{}: this version solves linear models, and the model has a quadratic "
-                     "objective",
-                     model.file));
-}
-
 int run_solve(const Arguments& arguments, Messages& messages)
 {
     const Model model = read_model(arguments.file, messages);
@@ -39,7 +29,6 @@ int run_solve(const Arguments& arguments, Messages& messages)
     Output output(arguments.output, arguments.file);
 
     const Solution solution = solve(model, arguments.sensitivity, !arguments.quiet, messages);
-    explain(model, solution);
     if (arguments.sensitivity && !model.is_linear_program())
         tell(fmt::format("{}: ranges exist for linear programs alone", model.file));
 

@@ -10,11 +10,11 @@ constexpr OptionText SOLVE_OPTIONS[] = {OPTION_SET,    OPTION_SENSITIVITY, OPTIO
 constexpr OptionText REPORT_OPTIONS[] = {OPTION_FORMAT, OPTION_OUTPUT, OPTION_HELP};
 
 constexpr CommandText TOOL = {
-    "", "COMMAND [OPTION]...", "solve linear and mixed-integer programs from text files",
+    "", "COMMAND [OPTION]...", "solve linear, quadratic and integer programs from text files",
     "Reads a model in the plain-text format of the tarnwick library, solves it or describes it, "
     "and "
-    "writes a report. What is solved are linear programs, also with integer variables; models with "
-    "a quadratic objective can be read and described.",
+    "writes a report. What is solved are linear and convex quadratic objectives over linear rows, "
+    "also with integer variables.",
     TOOL_OPTIONS};
 
 constexpr CommandText SOLVE = {

@@ -29,6 +29,13 @@ LoadedModel::LoadedModel(const LinearModel& model, MatrixLayout layout) : obj(mo
                 sense.data(), dense ? nullptr : matbeg.data(), dense ? nullptr : matcnt.data(),
                 dense ? nullptr : matind.data(), matval.data(), lb.data(), ub.data(), nullptr, 0, 0,
                 entries);
+    if (!lp || model.q.empty()) return;
+    for (std::size_t j = 0; j < model.numcols(); ++j)
+        for (const Reals& row : model.q) qmatval.push_back(row[j]);
+    start = model.start;
+    start.resize(model.numcols());
+    loadquad(lp, nullptr, nullptr, nullptr, qmatval.data(),
+             static_cast<std::int32_t>(qmatval.size()), start.data());
 }
 
 LoadedModel::~LoadedModel()

@@ -18,12 +18,15 @@ struct Row {
     double rhs;
 };
 
-// A linear model as a test writes it down. Bounds that are left out are 0 and INF.
+// A model with linear rows as a test writes it down. Bounds that are left out are 0 and INF, the start
+// of a quadratic model is the origin.
 struct LinearModel {
     std::vector<Row> rows;
     Reals obj;
     Reals lb{}, ub{};
     std::int32_t objsen = 1;
+    std::vector<Reals> q{};  // rows of the quadratic part x'Qx; none: the objective is linear
+    Reals start{};
 
     std::size_t numcols() const { return obj.size(); }
     std::size_t numrows() const { return rows.size(); }
@@ -43,6 +46,7 @@ class LoadedModel {
 
     Problem* lp = nullptr;  // null if the load was refused
     Reals obj, rhs, matval, lb, ub;
+    Reals qmatval, start;  // Q column by column, dense
     std::vector<char> sense;
     std::vector<std::int32_t> matbeg, matcnt, matind;
 };

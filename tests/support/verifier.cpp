@@ -23,6 +23,7 @@ Answer answer_of(Problem* lp)
     EXPECT_EQ(solution(lp, nullptr, nullptr, answer.x.data(), answer.piout.data(),
                        answer.slack.data(), answer.dj.data()),
               0);
+    if (lp->problemtype != PROB_LP) return answer;
     EXPECT_EQ(objsa(lp, 0, lp->numcols - 1, answer.objlower.data(), answer.objupper.data()), 0);
     EXPECT_EQ(rhssa(lp, 0, lp->numrows - 1, answer.rhslower.data(), answer.rhsupper.data()), 0);
     return answer;
@@ -80,12 +81,20 @@ void expect_rows_explained(const LinearModel& model, const Answer& answer)
     }
 }
 
+Sum slope(const LinearModel& model, std::size_t j, const Reals& x)
+{
+    Sum sum;
+    sum.add(model.obj[j]);
+    for (std::size_t i = 0; i < model.q.size(); ++i)
+        sum.add((model.q[i][j] + model.q[j][i]) * x[i]);
+    return sum;
+}
+
 void expect_columns_explained(const LinearModel& model, const Answer& answer)
 {
     for (std::size_t j = 0; j < model.numcols(); ++j) {
         SCOPED_TRACE("column " + std::to_string(j));
-        Sum reduced;
-        reduced.add(model.obj[j]);
+        Sum reduced = slope(model, j, answer.x);
         for (std::size_t i = 0; i < model.numrows(); ++i)
             reduced.add(-answer.piout[i] * model.rows[i].a[j]);
         EXPECT_NEAR(answer.dj[j], reduced.value, DUAL_TOL * reduced.size);
@@ -127,6 +136,9 @@ void expect_optimal(const LinearModel& model, const Answer& answer)
 
     Sum objective;
     for (std::size_t j = 0; j < model.numcols(); ++j) objective.add(model.obj[j] * answer.x[j]);
+    for (std::size_t i = 0; i < model.q.size(); ++i)
+        for (std::size_t j = 0; j < model.q.size(); ++j)
+            objective.add(answer.x[i] * model.q[i][j] * answer.x[j]);
     EXPECT_NEAR(answer.objval, objective.value, PRIMAL_TOL * objective.size);
 }
 

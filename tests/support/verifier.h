@@ -20,7 +20,7 @@ Answer solve(const LinearModel& model, MatrixLayout layout = MatrixLayout::spars
 // The checks know the caller's data alone. A point must keep its bounds and rows; an optimum is
 // proved by its duals:
 //
-//     dj = c - A' pi,   pi <= 0 for a binding <= row of a minimisation, >= 0 for a >= row,
+//     dj = g - A' pi, g = c + (Q + Q') x,   pi <= 0 for a binding <= row of a minimisation, >= 0 for a >= row,
 //     dj >= 0 at a lower bound, <= 0 at an upper one,   pi * slack = 0
 //
 // with the signs turned for a maximisation. The tolerances are relative to the size of the terms.
