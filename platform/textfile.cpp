@@ -1,5 +1,7 @@
 #include "platform/textfile.h"
 
+#include <utility>
+
 namespace tarnwick {
 
 namespace {
@@ -41,6 +43,28 @@ std::size_t TextInput::read(char* text, std::size_t count) noexcept
         text[done] = static_cast<char>(byte);
     }
     return done;
+}
+
+TextOutput::~TextOutput() { close(); }
+
+bool TextOutput::open(const char* filename) noexcept
+{
+    file_ = std::fopen(filename, "wb");
+    return file_ != nullptr;
+}
+
+bool TextOutput::write(const char* text, std::size_t count) noexcept
+{
+    for (std::size_t k = 0; k < count; ++k) {
+        if (text[k] == '\n' && std::fputc('\r', file_) == EOF) return false;
+        if (std::fputc(text[k], file_) == EOF) return false;
+    }
+    return true;
+}
+
+bool TextOutput::close() noexcept
+{
+    return !file_ || std::fclose(std::exchange(file_, nullptr)) == 0;
 }
 
 }  // namespace tarnwick

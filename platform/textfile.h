@@ -31,4 +31,23 @@ class TextInput {
     char chunk_[CHUNK];
 };
 
+// A file that is written as text: a line feed becomes carriage return and line feed on disk, on every
+// platform. An earlier file of the name is replaced.
+class TextOutput {
+  public:
+    TextOutput() noexcept = default;
+    TextOutput(const TextOutput&) = delete;
+    TextOutput& operator=(const TextOutput&) = delete;
+    ~TextOutput();
+
+    bool open(const char* filename) noexcept;
+    // False: writing has failed.
+    bool write(const char* text, std::size_t count) noexcept;
+    // Ends the file. False: what was still on its way didn't arrive, as on a full disk.
+    bool close() noexcept;
+
+  private:
+    std::FILE* file_ = nullptr;
+};
+
 }  // namespace tarnwick

@@ -1,0 +1,206 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <sstream>
+#include <string>
+
+#include "interface/problem.h"
+#include "tests/support/memory.h"
+#include "tests/support/models.h"
+#include "tests/textfile/host.h"
+#include "textfile/realtext.h"
+
+namespace tarnwick {
+namespace {
+
+// ---- numbers
+
+struct NumberCase {
+    double value;
+    const char* text;
+};
+
+// clang-format off
+const NumberCase NUMBERS[] = {
+    {0.0, "0.0"}, {-0.0, "0.0"}, {1.0, "1.0"}, {2.5, "2.5"}, {-0.125, "-0.125"},
+    {1.0000004, "1.0"}, {1.0000006, "1.000001"}, {-4e-7, "-0.0"}, {0.000001, "0.000001"},
+    {0.9999996, "1.0"}, {41.99999951, "42.0"}, {100.0, "100.0"}, {0.1, "0.1"},
+    {4294967295.25, "4294967295.25"}, {4294967295.9999999, "4294967296.0"}, {4294967296.5, "4294967296.0"},
+    {-1e29, "-99999999999999991433150857216.0"}, {0x1p53, "9007199254740992.0"},
+    {1e30, "+infinity"}, {-1e30, "-infinity"}, {-std::numeric_limits<double>::infinity(), "-infinity"},
+    {5e-324, "0.0"}, {std::numeric_limits<double>::quiet_NaN(), "nan"},
+};
+// clang-format on
+
+TEST(RealText, a_number_has_at_most_six_places_and_no_exponent)
+{
+    for (const NumberCase& c : NUMBERS) {
+        char buffer[REAL_TEXT_SIZE];
+        EXPECT_STREQ(format_real(c.value, buffer), c.text);
+    }
+}
+
+// ---- files
+
+std::string path_of(const char* name)
+{
+    return testing::TempDir() + name + "." + std::to_string(getpid());
+}
+
+std::string written(Problem* lp, std::int32_t TARNWICK_CALL write(Problem*, const char*) = lpwrite)
+{
+    const std::string path = path_of("writer_test");
+    EXPECT_EQ(write(lp, path.c_str()), 0);
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    unlink(path.c_str());
+    return text.str();
+}
+
+// As it looks in memory; each line feed must have been a pair on disk.
+std::string without_returns(const std::string& text)
+{
+    std::string lines;
+    for (std::size_t k = 0; k < text.size(); ++k) {
+        if (text[k] != '\r') lines += text[k];
+        EXPECT_EQ(text[k] == '\r', k + 1 < text.size() && text[k + 1] == '\n') << "at " << k;
+    }
+    return lines;
+}
+
+TEST(Writer, a_whole_model_is_written_byte_for_byte)
+{
+    for (const Layout matrix : {DENSE, SPARSE})
+        for (const Layout q : {DENSE, SPARSE}) {
+            Host host(matrix, q);
+            ASSERT_EQ(host.read(WHOLE), 0);
+            host.ctype[2] = 'B';
+            const std::string text =
+                "Minimize QP/MIP\n  obj: 2.5 x1 - x3\n"
+                "       + [ 4.0 x1^2 + x1*x2\n       + 3.0 x2^2\n       ]\nSubject To\n"
+                "  c1:  x1 + 2.0 x2 >= 1.0\n  c2:   = 0.0\n  c3:   - x2 + 0.5 x3 <= 10.0\n"
+                "Bounds\n  0.0 <= x1 <= +infinity\n  -infinity <= x2 <= 4.0\n"
+                "  0.0 <= x3 <= 1.0\nIntegers\n  x2\n  x3\nEnd\n";
+            EXPECT_EQ(without_returns(written(host.lp)), text);
+            EXPECT_EQ(without_returns(written(host.lp, lprewrite)), text);
+        }
+}
+
+TEST(Writer, signs_units_and_empty_parts)
+{
+    LoadedModel model({
+        .rows = {{{-1, 1.0000001}, 'L', 4}, {{0, 0}, 'G', -2}},
+        .obj = {0,                         0                },
+        .lb = {0,                         0                },
+        .ub = {INF,                       1                },
+        .objsen = -1
+    });
+    EXPECT_EQ(without_returns(written(model.lp)),
+              "Maximize LP\nSubject To\n  c1:   - x1 + 1.0 x2 <= 4.0\n  c2:   >= -2.0\nBounds\n"
+              "  0.0 <= x1 <= +infinity\n  0.0 <= x2 <= 1.0\nEnd\n");
+}
+
+TEST(Writer, a_range_has_two_limits_in_one_line)
+{
+    LoadedModel model({
+        .rows = {{{2}, 'L', 4},  {{2}, 'L', 4}, {{2}, 'L', 4}},
+          .obj = {1}
+    });
+    double widths[] = {3.0, -3.0, 0.0};
+    model.lp->rowrange = widths;
+    std::memset(model.sense.data(), 'R', 3);
+    const std::string text = without_returns(written(model.lp));
+    EXPECT_NE(text.find("  c1:  4.0 <= 2.0 x1 <= 7.0\n  c2:  1.0 <= 2.0 x1 <= 4.0\n"
+                        "  c3:  4.0 <= 2.0 x1 <= 4.0\n"),
+              std::string::npos)
+        << text;
+}
+
+// Long numbers and many terms: every line must fit the reader, and all comes back.
+TEST(Writer, what_is_written_reads_back)
+{
+    constexpr int N = 60;
+    LinearModel wide{.rows = {}, .obj = Reals(N, -123456789.25)};
+    for (int i = 0; i < 3; ++i)
+        wide.rows.push_back({Reals(N, i == 0 ? -9.9e29 : 1.0 / 64 + i), 'G', 0.5 * i});
+    for (const MatrixLayout layout : {MatrixLayout::dense, MatrixLayout::sparse}) {
+        LoadedModel model(wide, layout);
+        const std::string text = written(model.lp);
+
+        LinearModel blank = wide;
+        for (Row& row : blank.rows) row = {Reals(N, 1.0), 'L', 1.0};
+        LoadedModel copy(blank, MatrixLayout::dense);
+        const TextFile file(text);
+        ASSERT_EQ(
+            lpread(copy.lp, file.path(), nullptr, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
+        LoadedModel original(wide, MatrixLayout::dense);
+        EXPECT_EQ(copy.matval, original.matval);
+        EXPECT_EQ(copy.obj, original.obj);
+        EXPECT_EQ(copy.rhs, original.rhs);
+        EXPECT_EQ(copy.sense, original.sense);
+        EXPECT_EQ(copy.lb, original.lb);
+        EXPECT_EQ(copy.ub, original.ub);
+        std::istringstream lines(text);
+        for (std::string line; std::getline(lines, line);) EXPECT_LT(line.size(), 250U);
+    }
+}
+
+TEST(Writer, several_entries_for_a_place_are_their_sum_and_strangers_are_passed_over)
+{
+    LoadedModel model(
+        {
+            .rows = {{{1, 2}, 'L', 4}},
+              .obj = { 1,               1}
+    },
+        MatrixLayout::sparse);
+    model.matind[1] = 1;  // one beyond the rows
+    EXPECT_NE(written(model.lp).find("  c1:  x1 <= 4.0"), std::string::npos);
+    model.matind[1] = 0;
+    model.matcnt[0] = 2;
+    model.matcnt[1] = 0;
+    EXPECT_NE(written(model.lp).find("  c1:  3.0 x1 <= 4.0"), std::string::npos);
+}
+
+TEST(Writer, refusals_tell_what_is_wrong)
+{
+    const MessageLog log;
+    LoadedModel model({.rows = {{{1}, 'L', 4}}, .obj = {1}});
+    const auto told_by_writer = [] {
+        const auto messages = MessageLog::take();
+        return messages.size() == 1 && messages[0].title == "lpwrite" ? messages[0].text : "";
+    };
+    EXPECT_EQ(lpwrite(nullptr, "x"), 1);
+    EXPECT_EQ(told_by_writer(), "lp pointer is NULL");
+    EXPECT_EQ(lprewrite(model.lp, nullptr), 2);
+    EXPECT_EQ(told_by_writer(), "filename is NULL");
+    EXPECT_EQ(lpwrite(model.lp, "/nowhere/at/all"), 2);
+    EXPECT_EQ(told_by_writer(), "Unable to open output file");
+    EXPECT_EQ(lpwrite(model.lp, "/dev/full"), 2);
+    EXPECT_EQ(told_by_writer(), "Error writing to output file");
+    model.lp->problemtype = PROB_NSP;
+    EXPECT_EQ(lpwrite(model.lp, "x"), 1);
+    EXPECT_EQ(told_by_writer(), "lpwrite not supported for NLP/NSPs");
+    model.lp->problemtype = PROB_LP;
+}
+
+TEST(Writer, without_memory_nothing_is_lost)
+{
+    LoadedModel model({.rows = {{{1}, 'L', 4}}, .obj = {1}}, MatrixLayout::sparse);
+    const TextFile file("precious");
+    bool failed = true;
+    for (long n = 0; failed; ++n) {
+        allow_allocations(n);
+        const std::int32_t code = lpwrite(model.lp, file.path());
+        failed = allocation_failed();
+        allow_all_allocations();
+        EXPECT_EQ(code, failed ? 2 : 0);
+        std::string word;
+        std::ifstream(file.path()) >> word;
+        EXPECT_EQ(word, failed ? "precious" : "Minimize");
+    }
+}
+
+}  // namespace
+}  // namespace tarnwick
