@@ -10,6 +10,7 @@
 #include <algorithm>
 
 #include "control/branch.h"
+#include "control/infeasible.h"
 #include "control/services.h"
 #include "interface/problem.h"
 #include "linear/lpengine.h"
@@ -106,15 +107,18 @@ bool has_integer(const SolveRun& run) noexcept
            std::any_of(flags, flags + run.numvars, [](std::int32_t flag) { return flag != 0; });
 }
 
-// For an elastic search this version has no strategy to choose.
-bool choose_strategy(SolveRun& run) noexcept
+void choose_strategy(SolveRun& run) noexcept
 {
     SolveControl* const control = run.control;
-    if (getintinfo(control, INFO_ELASTICMODE) != 0) return false;
+    if (getintinfo(control, INFO_ELASTICMODE) != 0) {
+        run.intflags.release();
+        run.strategy = iissolve;
+        run.flags = RUN_REPEATED | RUN_ELASTIC;
+        return;
+    }
     const bool branches = getintinfo(control, INFO_BRANCHING) != 0 && has_integer(run);
     run.strategy = branches ? branchsolve : directsolve;
     run.flags = branches ? RUN_REPEATED : RUN_DIRECT;
-    return true;
 }
 
 // Reads the integer flags of a model that has letters; without them there is nothing to flag.
@@ -131,7 +135,8 @@ EngineResult prepare_run(SolveRun& run) noexcept
     run.numvars = getintinfo(run.control, INFO_NUMVARS);
     if (run.numvars < 1) return ENGINE_BADMODEL;
     if (!read_intflags(run)) return ENGINE_NOMEMORY;
-    return choose_strategy(run) ? ENGINE_OPTIMAL : ENGINE_INTERNAL;
+    choose_strategy(run);
+    return ENGINE_OPTIMAL;
 }
 
 }  // namespace

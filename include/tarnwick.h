@@ -459,6 +459,47 @@ TARNWICK_API int32_t TARNWICK_CALL getdblparam(Problem* lp, int32_t whichparam, 
  * parameters instead; all ones changes nothing. Both give 0. */
 TARNWICK_API int32_t TARNWICK_CALL setdefaults(Problem* lp);
 
+/* ----------------------------------------------------------------------- infeasible subsets --- */
+
+/* How the last search for an infeasible subset ended. */
+enum {
+    IIS_FOUND = 1,     /* the search came to its end; without any row the model is feasible */
+    IIS_NOT_FOUND = 2, /* it was stopped, or a solve failed: what is stored is no proof */
+};
+
+/* Searches an infeasible model for rows and bounds that contradict each other. With PARAM_IISMETHOD
+ * at 0 none of them can be spared; at 1 the bounds are not tested, and every finite one is listed.
+ * Integer restrictions and the objective take no part. The status is 1, or 101 for integer models,
+ * when the search came to its end. Earlier results stay.
+ *
+ *   1 lp            a model with at least one row
+ *   2 iisnumrows_p  receives the number of rows; an equality counts twice
+ *   3 iisnumcols_p  receives the number of columns with a bound
+ *
+ * Returns 1 for a bad handle, a model that is being solved or one without rows, 2 and 3 for a null
+ * argument. */
+TARNWICK_API int32_t TARNWICK_CALL findiis(Problem* lp, int32_t* iisnumrows_p,
+                                           int32_t* iisnumcols_p);
+
+/* Gives the subset that the last findiis or iiswrite stored. Null arguments are passed over.
+ *
+ *   1 lp            the model
+ *   2 iisstatus_p   receives IIS_FOUND or IIS_NOT_FOUND
+ *   3 rowind        int32_t[iisnumrows], rows from 0, ascending
+ *   4 rowbdstat     int32_t[iisnumrows], where the row stands at the start point: 0 below its upper
+ *                   limit; at or above it, 2 above its lower limit and 1 at or below that
+ *   5 iisnumrows_p  receives the number of rows
+ *   6 colind        int32_t[iisnumcols], columns from 0, ascending
+ *   7 colbdstat     int32_t[iisnumcols], which bound: 0 the lower, 2 the upper, 1 both
+ *   8 iisnumcols_p  receives the number of columns
+ *
+ * Returns 1 for a bad handle and when there is no subset; 3 to 6, in OLE array mode, for arrays that
+ * can't be viewed, counted without the status: rowind, rowbdstat, colind, colbdstat. */
+TARNWICK_API int32_t TARNWICK_CALL getiis(Problem* lp, int32_t* iisstatus_p, int32_t* rowind,
+                                          int32_t* rowbdstat, int32_t* iisnumrows_p,
+                                          int32_t* colind, int32_t* colbdstat,
+                                          int32_t* iisnumcols_p);
+
 /* ------------------------------------------------------------------------------- text files --- */
 
 /* Reads a model in the plain-text format. It creates no model: with lp null (or -1) it only counts,
@@ -479,6 +520,28 @@ TARNWICK_API int32_t TARNWICK_CALL setdefaults(Problem* lp);
 TARNWICK_API int32_t TARNWICK_CALL lpread(Problem* lp, const char* filename, int32_t* objsen_p,
                                           int32_t* numcols_p, int32_t* numrows_p,
                                           int32_t* numctype_p, int32_t* matcnt, int32_t* qmatcnt);
+
+/* Writes a linear or quadratic model in the plain-text format. Numbers have six decimals at most;
+ * what was a range of two finite limits can't be read back as one.
+ *
+ *   1 lp        the model
+ *   2 filename  the file, which is created or replaced
+ *
+ * Returns 1 for a bad handle or a model given by functions, 2 for a null name, a file that can't be
+ * opened and a write that fails; what was written before stays on disk. */
+TARNWICK_API int32_t TARNWICK_CALL lpwrite(Problem* lp, const char* filename);
+
+/* The same in every respect. */
+TARNWICK_API int32_t TARNWICK_CALL lprewrite(Problem* lp, const char* filename);
+
+/* Writes the rows and bounds of the infeasible subset, with the numbers that they have in the model;
+ * the objective is written in full. findiis is called first if no subset is stored.
+ *
+ *   1 lp        a linear or quadratic model
+ *   2 filename  the file, which is created or replaced
+ *
+ * Returns what findiis returns when that isn't 0, else as lpwrite does. */
+TARNWICK_API int32_t TARNWICK_CALL iiswrite(Problem* lp, const char* filename);
 
 /* --------------------------------------------------------------------------------- platform --- */
 

@@ -5,6 +5,7 @@
 
 #include "control/branch.h"
 #include "control/driver.h"
+#include "control/infeasible.h"
 #include "control/services.h"
 #include "linear/lpengine.h"
 #include "linear/objective.h"
@@ -23,6 +24,7 @@ const NumberedExport NUMBERED_EXPORTS[] = {
     {41, "solveproblem",   reinterpret_cast<TarnwickEntry>(solveproblem)},
     {42, "directsolve",    reinterpret_cast<TarnwickEntry>(directsolve)},
     {43, "branchsolve",    reinterpret_cast<TarnwickEntry>(branchsolve)},
+    {44, "iissolve",       reinterpret_cast<TarnwickEntry>(iissolve)},
     {45, "lpinit",         reinterpret_cast<TarnwickEntry>(lpinit)},
     {46, "lpsolve",        reinterpret_cast<TarnwickEntry>(lpsolve)},
     {47, "lpfinish",       reinterpret_cast<TarnwickEntry>(lpfinish)},

@@ -79,6 +79,7 @@ struct Problem {
     tarnwick::RangeArrays rowrangeof;
 
     // The stored infeasible subset.
+    std::int32_t iisstatus;  // IIS_...
     std::int32_t iisnumrows, iisnumcols;
     tarnwick::Array<std::int32_t> rowind, rowbdstat;  // iisnumrows
     tarnwick::Array<std::int32_t> colind, colbdstat;  // iisnumcols
