@@ -23,7 +23,6 @@ namespace tarnwick {
 
 namespace {
 
-constexpr double INFINITE_BOUND = 1e30;
 constexpr std::int32_t MODE_ROWS_AND_BOUNDS = 1;
 
 // Parts of a hundred, by which the reports tell how far the search is.
