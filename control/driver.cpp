@@ -174,25 +174,6 @@ void clear_counters(Problem& problem) noexcept
     problem.intsolutions = 0;
 }
 
-// The arrays in which a run leaves its point and its results; made once per Problem.
-bool create_results(Problem& problem) noexcept
-{
-    if (problem.results) return true;
-    const auto n = static_cast<std::size_t>(problem.numcols);
-    const auto m = static_cast<std::size_t>(problem.numrows);
-    if (!problem.results.create(5 * n + 5 * m)) return false;
-
-    double* next = problem.results.data();
-    const auto take = [&next](std::size_t count) { return std::exchange(next, next + count); };
-    problem.x = take(n);
-    problem.dj = take(n);
-    problem.colrange = {take(n), take(n), take(n)};
-    problem.piout = take(m);
-    problem.slack = take(m);
-    problem.rowrangeof = {take(m), take(m), take(m)};
-    return true;
-}
-
 // The engine of each family of models.
 struct EngineRow {
     bool (*serves)(std::int32_t problemtype) noexcept;

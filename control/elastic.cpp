@@ -9,7 +9,6 @@
 #include "control/elastic.h"
 
 #include <algorithm>
-#include <cassert>
 #include <cstdlib>
 
 #include "control/services.h"
@@ -72,7 +71,6 @@ bool setupelastic(SolveControl& control) noexcept
     const Problem& problem = *control.problem;
     const std::size_t count = count_elastic(problem);
     if (!control.elasticrows.create(count) || !control.elasticvalues.create(count)) return false;
-    assert(count > 0);  // a model of arrays has rows
     list_rows(problem, control.elasticrows.data());
     control.elasticcount = static_cast<std::uint16_t>(count);
     return true;

@@ -2,13 +2,15 @@
 //
 //     lhs = A x,   objective = c'x + x'Q x     (linear and quadratic models, from their arrays)
 //
-// Models known through the caller's function are evaluated by it. With elastic variables e the rows
+// Models known through the caller's functions are evaluated by them. With elastic variables e the rows
 // become A x + S e, S the signed unit columns of elasticrows, and the objective sum(e).
 
 #include <algorithm>
 #include <cstdlib>
 
+#include "control/callerfunctions.h"
 #include "control/services.h"
+#include "control/walks.h"
 #include "interface/problem.h"
 #include "platform/vectors.h"
 
@@ -97,16 +99,6 @@ void evaluate_arrays(Problem& problem, double* lhs, const double* x) noexcept
     problem.objval = objective;
 }
 
-// Asks the caller's function for the stored point. False: it failed; lhs keeps what it wrote.
-bool evaluate_caller(Problem& problem, double* lhs, std::int32_t varone,
-                     std::int32_t vartwo) noexcept
-{
-    const std::int32_t failure = problem.funceval(&problem, problem.numcols, problem.numrows,
-                                                  &problem.objval, lhs, problem.x, varone, vartwo);
-    lhs[problem.numrows] = problem.objval;
-    return failure == 0;
-}
-
 void apply_elastic(const SolveControl& control, double* lhs) noexcept
 {
     double sum = 0.0;
@@ -139,7 +131,7 @@ std::int32_t evalfunctions(SolveControl* control, double* lhs, const double* x) 
 
     if (is_lp_family(problem.problemtype))
         evaluate_arrays(problem, lhs, x);
-    else if (!evaluate_caller(problem, lhs, -1, -1))
+    else if (!callfunceval(problem, lhs, -1, -1))
         return 0;
 
     if (control->elasticmode != 0) {
@@ -158,8 +150,9 @@ std::int32_t evalcolpair(SolveControl* control, double* lhs, std::int32_t varone
     move_variable(*control, varone, xone);
     move_variable(*control, vartwo, xtwo);
     std::fill_n(lhs, problem.numrows, 0.0);
+    // The caller's function knows nothing of elastic variables.
     const auto known_variable = [&](std::int32_t var) { return var < problem.numcols ? var : -1; };
-    if (!evaluate_caller(problem, lhs, known_variable(varone), known_variable(vartwo))) return 0;
+    if (!callfunceval(problem, lhs, known_variable(varone), known_variable(vartwo))) return 0;
     if (control->elasticmode != 0) apply_elastic(*control, lhs);
     return 1;
 }
@@ -184,58 +177,10 @@ struct Visitor {
     }
 };
 
-// Every entry of a matrix held by columns, whose rows are 0..rows-1; a row index beyond them names
-// nothing. False: a visit said stop.
-struct ColumnMatrix {
-    std::int32_t rows;
-    const std::int32_t* beg;  // these three are null for the dense layout
-    const std::int32_t* cnt;
-    const std::int32_t* ind;
-    const double* val;
-
-    bool walk_column(std::int32_t j, const Visitor& visit) const noexcept
-    {
-        if (!beg || !cnt || !ind) {
-            const double* column = val + static_cast<std::ptrdiff_t>(rows) * j;
-            for (std::int32_t i = 0; i < rows; ++i)
-                if (!visit(i, j, column[i])) return false;
-            return true;
-        }
-        const std::int32_t end = beg[j] + cnt[j];
-        for (std::int32_t k = beg[j]; k < end; ++k)
-            if (0 <= ind[k] && ind[k] < rows && !visit(ind[k], j, val[k])) return false;
-        return true;
-    }
-
-    bool walk(std::int32_t columns, const Visitor& visit) const noexcept
-    {
-        for (std::int32_t j = 0; j < columns; ++j)
-            if (!walk_column(j, visit)) return false;
-        return true;
-    }
-};
-
 bool walk_linear_objective(const Problem& problem, std::int32_t row, const Visitor& visit) noexcept
 {
     for (std::int32_t j = 0; j < problem.numcols; ++j)
         if (problem.obj[j] != 0.0 && !visit(row, j, problem.obj[j])) return false;
-    return true;
-}
-
-bool walk_elastic_rows(const SolveControl& control, const Visitor& visit) noexcept
-{
-    for (std::int32_t k = 0; k < control.elasticcount; ++k) {
-        const std::int32_t r = control.elasticrows[static_cast<std::size_t>(k)];
-        if (!visit(std::abs(r) - 1, control.problem->numcols + k, r > 0 ? 1.0 : -1.0)) return false;
-    }
-    return true;
-}
-
-bool walk_elastic_objective(const SolveControl& control, const Visitor& visit) noexcept
-{
-    const Problem& problem = *control.problem;
-    for (std::int32_t k = 0; k < control.elasticcount; ++k)
-        if (!visit(problem.numrows, problem.numcols + k, 1.0)) return false;
     return true;
 }
 
@@ -245,10 +190,7 @@ std::int32_t walkmatrix(SolveControl* control, void* user, Visit visit, void* da
 {
     const Problem& problem = *control->problem;
     const Visitor visitor{control, user, visit, data};
-    const ColumnMatrix matrix{problem.numrows, problem.matbeg, problem.matcnt, problem.matind,
-                              problem.matval};
-
-    if (!matrix.walk(problem.numcols, visitor)) return 0;
+    if (!constraint_matrix(problem).walk(problem.numcols, visitor)) return 0;
     if (control->elasticmode == 0) return walk_linear_objective(problem, problem.numrows, visitor);
     return walk_elastic_rows(*control, visitor) && walk_elastic_objective(*control, visitor);
 }

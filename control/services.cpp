@@ -68,10 +68,13 @@ std::uint32_t getcapability(SolveControl* control, std::int32_t selector) noexce
 {
     const auto bit_if = [](bool is_set, std::uint32_t bit) { return is_set ? bit : 0u; };
     const std::int32_t mode = control->nlpderivmode;
+    const bool has_derivatives = control->problem->jacobian != nullptr;
     switch (selector) {
     case 0:
-        return bit_if(mode == 1 || mode == 3, 2) | bit_if(control->nlpquadext != 0, 4) |
-               bit_if(control->nlpcgonly != 0, 8) | bit_if(control->nlprecoglin != 0, 32);
+        return bit_if(mode == 1 || mode == 3, 2) |
+               bit_if(has_derivatives && (mode == 2 || mode == 3), 16) |
+               bit_if(control->nlpquadext != 0, 4) | bit_if(control->nlpcgonly != 0, 8) |
+               bit_if(control->nlprecoglin != 0, 32);
     case 1:
         return 1u | bit_if(control->binrowfix != 0, 256) | bit_if(control->bindualfix != 0, 512) |
                bit_if(control->binorder != 0, 1024) | bit_if(control->bintighten != 0, 2048);

@@ -59,6 +59,12 @@ enum : std::int32_t {
     EVENT_ELASTIC = 512,
 };
 
+// Flags of evaljacobian.
+enum : std::int32_t {
+    JACOBIAN_OBJECTIVE = 1,  // visit the objective as well
+    JACOBIAN_MINIMISE = 4,   // negate the gradient of an objective that is maximised
+};
+
 // Called by a walk for each entry, in the order of the walk. 0 stops it.
 using Visit = std::int32_t(TARNWICK_CALL*)(SolveControl* control, void* user, std::int32_t row,
                                            std::int32_t column, double value, void* data) noexcept;
@@ -130,6 +136,14 @@ std::int32_t TARNWICK_CALL walkmatrix(SolveControl* control, void* user, Visit v
 // Visit every entry of Q, then the linear objective with row -1.
 std::int32_t TARNWICK_CALL walkquad(SolveControl* control, void* user, Visit visit,
                                     void* data) noexcept;
+
+// Calls the caller's derivative function at x and visits every nonzero derivative of the rows, then
+// those of elastic variables and, if the flags say so, of the objective (row numrows). The data of a
+// visit is a double, to which it writes what it expected when it answers 0: the entry is wrong. 0:
+// no such function, it failed, or an entry was wrong and the user didn't pass over it; else the last
+// visit's answer, 1 without any visit.
+std::int32_t TARNWICK_CALL evaljacobian(SolveControl* control, void* user, Visit visit,
+                                        void* reserved, double* x, std::int32_t flags) noexcept;
 
 // Reports an event and asks whether to stop: the stop code, or 0.
 std::int32_t TARNWICK_CALL reportprogress(SolveControl* control, std::int32_t event,

@@ -363,6 +363,25 @@ TARNWICK_API int32_t TARNWICK_CALL optimize(Problem* lp);
 /* As optimize, for a model with integer variables; returns 1 when loadctype has not been called. */
 TARNWICK_API int32_t TARNWICK_CALL mipoptimize(Problem* lp);
 
+/* Finds out which parts of a model loaded with loadnlp are linear, by asking its function: slopes
+ * from single steps, then tests on the axis of each variable and at sample points.
+ *
+ *   1 lp            a model known through functions, else 1
+ *   2 numtests      sample points, at least 1
+ *   3 testvals      double[numtests * numcols], the sample points, one after the other; when absent
+ *                   they are drawn at random between the bounds
+ *   4 nonlinear_p   receives 1 if the model is not linear, 0 if there is no sign of that; or null
+ *   5 objtype       char[numcols] or null, receives 'L' or 'N' as loadnltype takes it
+ *   6 matvaltype    char[matnz] or null, likewise
+ *
+ * 0 and letters that are all 'L' are no proof. The letters come from the axes alone: what shows at
+ * sample points only is told by nonlinear_p and not by the letters. The slopes are left in obj and matval, and the point
+ * that solution() gives is the one evaluated last. When the function fails, or memory runs out, the
+ * result is 1, and the arrays may be partly filled. */
+TARNWICK_API int32_t TARNWICK_CALL testnltype(Problem* lp, int32_t numtests, double* testvals,
+                                              int32_t* nonlinear_p, char* objtype,
+                                              char* matvaltype);
+
 /* ---------------------------------------------------------------------------------- results --- */
 
 /* Gives the results of the last run. Every pointer but lp may be null, and an array whose first

@@ -47,6 +47,7 @@ const NumberedExport NUMBERED_EXPORTS[] = {
     {67, "evalcol",        reinterpret_cast<TarnwickEntry>(evalcol)},
     {68, "walkmatrix",     reinterpret_cast<TarnwickEntry>(walkmatrix)},
     {69, "walkquad",       reinterpret_cast<TarnwickEntry>(walkquad)},
+    {70, "evaljacobian",   reinterpret_cast<TarnwickEntry>(evaljacobian)},
     {71, "getrunparam",    reinterpret_cast<TarnwickEntry>(getrunparam)},
     {72, "setelastic",     reinterpret_cast<TarnwickEntry>(setelastic)},
     {73, "visitmatrix",    reinterpret_cast<TarnwickEntry>(visitmatrix)},

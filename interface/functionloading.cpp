@@ -83,17 +83,6 @@ Refusal test_model(ModelArguments& model, TarnwickFuncEval funceval) noexcept
     return test_matrix(model.matrix, CONSTRAINT_REFUSALS);
 }
 
-// Views an array of letters that may be absent, and keeps its reference.
-bool view_letters(char*& letters, std::int32_t count, OleReference& reference) noexcept
-{
-    reference = nullptr;
-    if (!letters || !ole_mode()) return true;
-    const auto handle = reinterpret_cast<OleReference>(letters);
-    if (!view_required(letters, count)) return false;
-    reference = handle;
-    return true;
-}
-
 bool is_smooth(const Problem& problem) noexcept
 {
     return problem.objtype && problem.matvaltype &&
@@ -144,10 +133,10 @@ extern "C" std::int32_t TARNWICK_CALL loadnltype(Problem* lp, char* objtype, cha
 {
     set_float_control();
     if (!is_idle(lp, __func__)) return 1;
-    OleReference objref, matvalref;
-    if (!view_letters(objtype, lp->numcols, objref))
+    OleReference objref = nullptr, matvalref = nullptr;
+    if (ole_mode() && !view_letters(objtype, lp->numcols, objref))
         return report(2, __func__, "objtype is not a valid OLE array");
-    if (!view_letters(matvaltype, lp->matnz, matvalref))
+    if (ole_mode() && !view_letters(matvaltype, lp->matnz, matvalref))
         return report(3, __func__, "matvaltype is not a valid OLE array");
 
     lp->objtype = objtype;

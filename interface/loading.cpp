@@ -132,6 +132,15 @@ bool has_only(const char* letters, std::int32_t count, const char* named) noexce
     });
 }
 
+bool view_letters(char*& letters, std::int64_t count, OleReference& reference) noexcept
+{
+    if (!letters) return true;
+    const auto handle = reinterpret_cast<OleReference>(letters);
+    if (view_array(letters, count) == View::failed) return false;
+    reference = handle;
+    return true;
+}
+
 void keep_model(Problem& problem, std::int32_t problemtype, const ModelArguments& model) noexcept
 {
     const MatrixArguments& matrix = model.matrix;

@@ -66,6 +66,10 @@ struct ModelArguments {
 // True if each of the count letters is one of those named.
 bool has_only(const char* letters, std::int32_t count, const char* named) noexcept;
 
+// Views an array of letters that may be null, in OLE array mode, and gives its reference. False: no
+// such array.
+bool view_letters(char*& letters, std::int64_t count, OleReference& reference) noexcept;
+
 // Puts a model that has passed its tests into a new Problem.
 void keep_model(Problem& problem, std::int32_t problemtype, const ModelArguments& model) noexcept;
 

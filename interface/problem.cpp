@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "interface/parameters.h"
 #include "platform/floatcontrol.h"
@@ -51,6 +52,24 @@ void release_problem(Problem* problem) noexcept
     self = nullptr;
     std::destroy_at(problem);
     release_block(problem);
+}
+
+bool create_results(Problem& problem) noexcept
+{
+    if (problem.results) return true;
+    const auto n = static_cast<std::size_t>(problem.numcols);
+    const auto m = static_cast<std::size_t>(problem.numrows);
+    if (!problem.results.create(5 * n + 5 * m)) return false;
+
+    double* next = problem.results.data();
+    const auto take = [&next](std::size_t count) { return std::exchange(next, next + count); };
+    problem.x = take(n);
+    problem.dj = take(n);
+    problem.colrange = {take(n), take(n), take(n)};
+    problem.piout = take(m);
+    problem.slack = take(m);
+    problem.rowrangeof = {take(m), take(m), take(m)};
+    return true;
 }
 
 // ---- family and size

@@ -101,6 +101,9 @@ namespace tarnwick {
 Problem* create_problem(const char* name) noexcept;
 // Ends the handle and releases what the Problem owns.
 void release_problem(Problem* problem) noexcept;
+// Makes the arrays in which a run leaves its point and its results, once per Problem. False: no
+// memory.
+bool create_results(Problem& problem) noexcept;
 
 struct SizeLimits {
     std::int32_t numcols, numrows;
