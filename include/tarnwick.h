@@ -1,4 +1,4 @@
-/* TARNWICK: linear optimisation from a host program's own arrays.
+/* TARNWICK: optimisation of models that stand in a host program's own arrays and functions.
  *
  * The public interface, usable from C11 and C++. A model is loaded once and reached through the
  * handle `lp`; the host owns the model arrays and keeps them valid, at the same place, until
