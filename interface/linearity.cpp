@@ -124,14 +124,14 @@ void divide_changes(const Problem& problem, std::int32_t j, double step) noexcep
 bool probe_column(const Diagnosis& d, std::int32_t j) noexcept
 {
     d.copy_rows(d.lhs, d.saved);
-    double used = 1.0;
-    for (double step = 1.0; step < STEP_LIMIT; step *= STEP_GROWTH) {
-        used = step;
+    double step = 1.0;
+    for (;;) {
         if (!evalcol(&d.problem->control, d.lhs.data(), j, step)) return false;
-        if (measure_changes(d, j)) break;
+        if (measure_changes(d, j) || !(step * STEP_GROWTH < STEP_LIMIT)) break;
+        step *= STEP_GROWTH;
     }
-    divide_changes(*d.problem, j, used);
-    d.steps.data()[j] = used;
+    divide_changes(*d.problem, j, step);
+    d.steps.data()[j] = step;
     return true;
 }
 
