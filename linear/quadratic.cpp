@@ -101,6 +101,7 @@ constexpr double CLOSED_GAP = 1e-6;    // linear gap at an optimum, relative wit
 constexpr double IDLE_SHARE = 1e-14;   // a gain up to it is none, relative with 1 to the objective
 constexpr double STATIONARY = 1e-14;   // slope of a start that is the answer, as of relgradient
 constexpr double LEAST_SLOPE = 1e-14;  // the least slope that ends the loop
+constexpr double LAST_BIT = 0x1p-52;   // likewise, relative to the terms of the prediction
 constexpr double SHARPEST_PRICING = 1e-12;  // scaled, absolute: below it costs are rounding
 constexpr double ROUNDING = 1e-12;          // of a prediction, relative to the size of its terms
 constexpr int IDLE_EXTRA = 10;  // idle iterations in a row, beyond the number of columns
@@ -113,15 +114,12 @@ struct Descent {
 
 double minimised(const LpEngine& lp, double value) noexcept { return lp.maximize ? -value : value; }
 
-bool lowers(double before, double after, double objective) noexcept
-{
-    return before - after > (std::fabs(objective) + 1.0) * IDLE_SHARE;
-}
-
-// Whether the iteration lowers the objective by more than rounding.
+// Whether the iteration lowers the objective by more than the rounding of its value and of its terms.
 bool makes_progress(const LpEngine& lp, const Descent& descent) noexcept
 {
-    return lowers(descent.value, minimised(lp, current(lp)[0]), descent.value);
+    const double gain = descent.value - minimised(lp, current(lp)[0]);
+    return gain > (std::fabs(descent.value) + 1.0) * IDLE_SHARE &&
+           gain > sizeofprediction(lp) * LAST_BIT;
 }
 
 bool is_closed(const LpEngine& lp, double gap, double value) noexcept
