@@ -71,7 +71,7 @@ bool setupelastic(SolveControl& control) noexcept
     const Problem& problem = *control.problem;
     const std::size_t count = count_elastic(problem);
     if (!control.elasticrows.create(count) || !control.elasticvalues.create(count)) return false;
-    list_rows(problem, control.elasticrows.data());
+    if (control.elasticrows) list_rows(problem, control.elasticrows.data());
     control.elasticcount = static_cast<std::uint16_t>(count);
     return true;
 }

@@ -155,6 +155,7 @@ class ArrayBlock {
         {
             static_assert(std::is_trivial_v<T> && alignof(T) <= LINE_BYTES);
             T* const place = base_ ? reinterpret_cast<T*>(base_ + used_) : nullptr;
+            // NOLINTNEXTLINE(bugprone-sizeof-expression): an array may hold pointers.
             used_ += (count * sizeof(T) + LINE_BYTES - 1) / LINE_BYTES * LINE_BYTES;
             return place;
         }

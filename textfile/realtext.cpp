@@ -1,5 +1,6 @@
 #include "textfile/realtext.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstring>
@@ -11,6 +12,12 @@ namespace {
 constexpr double INFINITE = 1e30;
 constexpr double WHOLE_DIGITS_ALONE = 4294967296.0;  // from here on there is no fraction
 constexpr int PLACES = 6;
+
+char* put_word(const char* word, char* buffer) noexcept
+{
+    std::copy_n(word, std::strlen(word) + 1, buffer);
+    return buffer;
+}
 
 // The digits of a whole number, all of them.
 char* put_whole(double whole, char* place) noexcept
@@ -36,7 +43,7 @@ char* put_magnitude(double value, char* place) noexcept
     double whole = std::trunc(value);
     unsigned long millionths = 0;
     if (value < WHOLE_DIGITS_ALONE) {
-        millionths = static_cast<unsigned long>((value - whole) * 1000000.0 + 0.5);
+        millionths = static_cast<unsigned long>(std::trunc((value - whole) * 1000000.0 + 0.5));
         if (millionths >= ONE) {
             whole += 1.0;
             millionths -= ONE;
@@ -49,9 +56,9 @@ char* put_magnitude(double value, char* place) noexcept
 
 char* format_real(double value, char* buffer) noexcept
 {
-    if (std::isnan(value)) return std::strcpy(buffer, "nan");
-    if (value <= -INFINITE) return std::strcpy(buffer, "-infinity");
-    if (value >= INFINITE) return std::strcpy(buffer, "+infinity");
+    if (std::isnan(value)) return put_word("nan", buffer);
+    if (value <= -INFINITE) return put_word("-infinity", buffer);
+    if (value >= INFINITE) return put_word("+infinity", buffer);
 
     char* place = buffer;
     if (value < 0.0) *place++ = '-';
