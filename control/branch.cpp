@@ -211,14 +211,25 @@ void drop_data(SolveRun& run) noexcept
     release_block(std::exchange(run.nodeaux, nullptr));
 }
 
-// Solves with the bounds in the run. False: the search is over, because the engine says so or has
-// left a stop behind.
+// A NaN compares with nothing: the search could only drop it, and with it what lies beneath.
+bool is_number(const SolveRun& run) noexcept
+{
+    return std::isfinite(run.objective) &&
+           std::all_of(run.x, run.x + run.numvars, [](double x) { return std::isfinite(x); });
+}
+
+// Solves with the bounds in the run. False: the search is over, because the engine says so, has left
+// a stop behind, or gives an optimum that is none.
 bool solve(EngineEntry engine_solve, SolveRun& run) noexcept
 {
-    if (engine_solve(run) != 0 && reportprogress(run.control, EVENT_POLL, 0, 0.0) == STOP_NONE)
-        return true;
-    drop_data(run);
-    return false;
+    bool goes_on =
+        engine_solve(run) != 0 && reportprogress(run.control, EVENT_POLL, 0, 0.0) == STOP_NONE;
+    if (goes_on && is_solved(run.result) && !is_number(run)) {
+        run.result = ENGINE_MODELCHECK;
+        goes_on = false;
+    }
+    if (!goes_on) drop_data(run);
+    return goes_on;
 }
 
 // Takes over the run's outcome. Null: no memory.

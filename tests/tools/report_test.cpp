@@ -141,6 +141,16 @@ TEST(Report, integers_count_unless_they_are_relaxed)
     }
 }
 
+// Its one solution costs nothing; without the switches it takes thousands of nodes.
+TEST(Report, an_example_with_integers_has_its_optimum)
+{
+    const ToolRun run = run_tool("solve -q --set binrowfix=1 --set bintighten=1 --set binorder=1 "
+                                 "--set bindualfix=1 enigma.txt");
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.out.find("STAT_MIP_OPTIMAL "), std::string::npos) << run.out;
+    EXPECT_NE(run.out.find("objective  0\n"), std::string::npos) << run.out;
+}
+
 // x + x^2 is least at -1/2.
 TEST(Report, a_quadratic_objective_is_solved)
 {
