@@ -89,12 +89,12 @@ EngineResult masterweights(const LpEngine& lp, int count, double* w) noexcept
     build_system(lp, count, g, b);
     if (!factorldl(g, order)) return MASTER_INDEFINITE;
     solveldl(g, b);
-    double rest = 1.0;
+    double sum = 0.0;
     for (int i = 1; i < count; ++i) {
         w[i] = without_noise(b[i]);
-        rest -= w[i];
+        sum += w[i];
     }
-    w[count] = without_noise(rest);
+    w[count] = without_noise(1.0 - sum);
     return ENGINE_OPTIMAL;
 }
 
