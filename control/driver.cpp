@@ -16,6 +16,7 @@
 #include "linear/lpengine.h"
 #include "nonsmooth/nspengine.h"
 #include "platform/floatcontrol.h"
+#include "reducedgradient/nlpengine.h"
 
 namespace tarnwick {
 
@@ -182,18 +183,15 @@ struct EngineRow {
 
 constexpr EngineRow ENGINES[] = {
     {is_lp_family,  lpinit,  lpsolve,  lpfinish },
+    {is_nlp_family, nlpinit, nlpsolve, nlpfinish},
     {is_nsp_family, nspinit, nspsolve, nspfinish},
 };
 
-// False: this version has no engine for models of this type.
-bool fill_engines(EngineTable& engines, SolveControl& control) noexcept
+void fill_engines(EngineTable& engines, SolveControl& control) noexcept
 {
-    for (const EngineRow& row : ENGINES) {
-        if (!row.serves(control.problem->problemtype)) continue;
-        engines = {&control, row.engine_init, row.engine_solve, row.engine_finish};
-        return true;
-    }
-    return false;
+    for (const EngineRow& row : ENGINES)
+        if (row.serves(control.problem->problemtype))
+            engines = {&control, row.engine_init, row.engine_solve, row.engine_finish};
 }
 
 EngineResult run_engine(Problem& problem) noexcept
@@ -202,7 +200,7 @@ EngineResult run_engine(Problem& problem) noexcept
     clear_counters(problem);
     if (control.elasticmode == 0) problem.hasresults = false;  // an elastic run replaces none
     if (!beginrun(&control, 0) || !create_results(problem)) return ENGINE_NOMEMORY;
-    if (!fill_engines(control.engines, control)) return ENGINE_INTERNAL;
+    fill_engines(control.engines, control);
     return solveproblem(control.engines);
 }
 

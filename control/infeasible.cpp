@@ -51,7 +51,12 @@ class IisSearch {
   private:
     enum Action : std::int32_t { FREE = 0, FIX = 1 };
 
-    void solve() noexcept { engine_solve_(run_); }
+    // The next solve starts where this one ends anyway, without the point that an engine attaches.
+    void solve() noexcept
+    {
+        engine_solve_(run_);
+        release_block(std::exchange(run_.nodedata, nullptr));
+    }
     bool is_infeasible() const noexcept { return run_.result == ENGINE_INFEASIBLE; }
     bool is_feasible() const noexcept
     {

@@ -12,6 +12,7 @@
 #include "linear/probe.h"
 #include "nonsmooth/nspengine.h"
 #include "platform/messagebox.h"
+#include "reducedgradient/nlpengine.h"
 
 namespace tarnwick {
 
@@ -28,6 +29,9 @@ const NumberedExport NUMBERED_EXPORTS[] = {
     {45, "lpinit",         reinterpret_cast<TarnwickEntry>(lpinit)},
     {46, "lpsolve",        reinterpret_cast<TarnwickEntry>(lpsolve)},
     {47, "lpfinish",       reinterpret_cast<TarnwickEntry>(lpfinish)},
+    {48, "nlpinit",        reinterpret_cast<TarnwickEntry>(nlpinit)},
+    {49, "nlpsolve",       reinterpret_cast<TarnwickEntry>(nlpsolve)},
+    {50, "nlpfinish",      reinterpret_cast<TarnwickEntry>(nlpfinish)},
     {51, "nspinit",        reinterpret_cast<TarnwickEntry>(nspinit)},
     {52, "nspsolve",       reinterpret_cast<TarnwickEntry>(nspsolve)},
     {53, "nspfinish",      reinterpret_cast<TarnwickEntry>(nspfinish)},
@@ -52,6 +56,7 @@ const NumberedExport NUMBERED_EXPORTS[] = {
     {72, "setelastic",     reinterpret_cast<TarnwickEntry>(setelastic)},
     {73, "visitmatrix",    reinterpret_cast<TarnwickEntry>(visitmatrix)},
     {74, "visitquad",      reinterpret_cast<TarnwickEntry>(visitquad)},
+    {75, "nlpjacobianentry", reinterpret_cast<TarnwickEntry>(nlpjacobianentry)},
 };
 // clang-format on
 

@@ -36,7 +36,8 @@ TEST(Numerics, tables_lack_no_constant_of_type_double)
 {
     const std::string document = source_text("docs/NUMERICS.md");
     const fs::path root(TARNWICK_SOURCE_DIR);
-    for (const char* folder : {"linear", "nonsmooth", "control", "interface", "textfile"})
+    for (const char* folder :
+         {"linear", "nonsmooth", "reducedgradient", "control", "interface", "textfile"})
         for (const auto& entry : fs::directory_iterator(root / folder)) {
             const std::string file = entry.path().lexically_relative(root).generic_string();
             const auto check = [&](const std::smatch& constant) {

@@ -18,16 +18,19 @@ struct Layer {
 // interface -> control -> engines -> platform. The record of the Problem is shared by those who
 // carry out a call; an engine knows the model through the services alone.
 const Layer LAYERS[] = {
-    {"platform",  {"platform/", "include/"}                                                   },
-    {"linear",    {"linear/", "control/engine.h", "control/services.h", "platform/"}          },
-    {"nonsmooth", {"nonsmooth/", "control/engine.h", "control/services.h", "platform/"}       },
-    {"textfile",  {"textfile/", "interface/problem.h", "platform/", "include/"}               },
+    {"platform",        {"platform/", "include/"}                                            },
+    {"linear",          {"linear/", "control/engine.h", "control/services.h", "platform/"}   },
+    {"nonsmooth",       {"nonsmooth/", "control/engine.h", "control/services.h", "platform/"}},
+    {"reducedgradient",
+     {"reducedgradient/", "control/engine.h", "control/services.h", "platform/"}             },
+    {"textfile",        {"textfile/", "interface/problem.h", "platform/", "include/"}        },
     {"control",
      {"control/", "interface/problem.h", "linear/lpengine.h", "nonsmooth/nspengine.h",
-      "textfile/realtext.h", "platform/", "include/"}                                         },
+      "reducedgradient/nlpengine.h", "textfile/realtext.h", "platform/", "include/"}         },
     {"interface",
-     {"interface/", "control/", "linear/", "nonsmooth/", "textfile/", "platform/", "include/"}},
-    {"tools",     {"tools/", "include/"}                                                      },
+     {"interface/", "control/", "linear/", "nonsmooth/", "reducedgradient/", "textfile/",
+      "platform/", "include/"}                                                               },
+    {"tools",           {"tools/", "include/"}                                               },
 };
 
 // What allocates behind the library's back, throws or starts threads.
