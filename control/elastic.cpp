@@ -119,27 +119,26 @@ std::int32_t bound_stand(double lower, double upper) noexcept
     return has_lower(lower) ? 1 : 2;
 }
 
-}  // namespace
+bool is_bounded(const SolutionRecord& solution, int j) noexcept
+{
+    return has_lower(solution.lower[j]) || has_upper(solution.upper[j]);
+}
 
-void storesubset(Problem& problem, const SolutionRecord& solution) noexcept
+// Two arrays of the size, or none. False: no memory.
+bool create_pair(Array<std::int32_t>& index, Array<std::int32_t>& stand,
+                 std::int32_t count) noexcept
+{
+    const auto size = static_cast<std::size_t>(count);
+    if (index.create(size) && stand.create(size)) return true;
+    index.release();
+    return false;
+}
+
+bool store_rows(Problem& problem, const SolutionRecord& solution) noexcept
 {
     const SolveControl& control = problem.control;
     const double* const elastic = solution.upper + problem.numcols;
-    const auto is_bounded = [&](int j) {
-        return has_lower(solution.lower[j]) || has_upper(solution.upper[j]);
-    };
-
-    problem.iisnumrows =
-        static_cast<std::int32_t>(std::count(elastic, elastic + control.elasticcount, 0.0));
-    problem.iisnumcols = 0;
-    for (int j = 0; j < problem.numcols; ++j) problem.iisnumcols += is_bounded(j) ? 1 : 0;
-
-    for (auto* list : {&problem.rowind, &problem.rowbdstat, &problem.colind, &problem.colbdstat})
-        list->release();
-    const auto rows = static_cast<std::size_t>(problem.iisnumrows);
-    const auto columns = static_cast<std::size_t>(problem.iisnumcols);
-    if (!problem.rowind.create(rows) || !problem.rowbdstat.create(rows)) return;
-    if (!problem.colind.create(columns) || !problem.colbdstat.create(columns)) return;
+    if (!create_pair(problem.rowind, problem.rowbdstat, problem.iisnumrows)) return false;
 
     std::size_t next = 0;
     for (int k = 0; k < control.elasticcount; ++k) {
@@ -149,12 +148,34 @@ void storesubset(Problem& problem, const SolutionRecord& solution) noexcept
         problem.rowbdstat[next++] =
             row_stand(solution.rowvalue[i], solution.rowlower[i], solution.rowupper[i]);
     }
-    next = 0;
+    return true;
+}
+
+void store_columns(Problem& problem, const SolutionRecord& solution) noexcept
+{
+    if (!create_pair(problem.colind, problem.colbdstat, problem.iisnumcols)) return;
+
+    std::size_t next = 0;
     for (int j = 0; j < problem.numcols; ++j) {
-        if (!is_bounded(j)) continue;
+        if (!is_bounded(solution, j)) continue;
         problem.colind[next] = j;
         problem.colbdstat[next++] = bound_stand(solution.lower[j], solution.upper[j]);
     }
+}
+
+}  // namespace
+
+void storesubset(Problem& problem, const SolutionRecord& solution) noexcept
+{
+    const double* const elastic = solution.upper + problem.numcols;
+    problem.iisnumrows =
+        static_cast<std::int32_t>(std::count(elastic, elastic + problem.control.elasticcount, 0.0));
+    problem.iisnumcols = 0;
+    for (int j = 0; j < problem.numcols; ++j) problem.iisnumcols += is_bounded(solution, j) ? 1 : 0;
+
+    for (auto* list : {&problem.rowind, &problem.rowbdstat, &problem.colind, &problem.colbdstat})
+        list->release();
+    if (store_rows(problem, solution)) store_columns(problem, solution);
 }
 
 }  // namespace tarnwick

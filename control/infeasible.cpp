@@ -165,14 +165,23 @@ std::int32_t iissolve(EngineEntry engine_solve, SolveRun& run) noexcept
 
 namespace {
 
-// In OLE array mode an array that is present must be a reference to one of the size.
+// In OLE array mode an array that is present must be a reference to one of the size. A placeholder
+// has no room: it becomes null, as an absent array does.
 bool view_present(std::int32_t*& array, std::int32_t count) noexcept
 {
     if (is_absent(array)) {
         array = nullptr;
         return true;
     }
-    return view_array(array, count) != View::failed;
+    return view_required(array, count);
+}
+
+// False: memory ran out while the subset was stored.
+bool is_complete(const Problem& problem) noexcept
+{
+    const bool has_rows = problem.iisnumrows == 0 || (problem.rowind && problem.rowbdstat);
+    const bool has_columns = problem.iisnumcols == 0 || (problem.colind && problem.colbdstat);
+    return has_rows && has_columns;
 }
 
 void give(const Array<std::int32_t>& from, std::int32_t count, std::int32_t* to) noexcept
@@ -201,12 +210,12 @@ extern "C" std::int32_t TARNWICK_CALL findiis(Problem* lp, std::int32_t* iisnumr
     if (!iisnumcols_p) return report(3, __func__, "iisnumcols_p is NULL");
 
     SolveControl& control = lp->control;
-    lp->iisnumrows = lp->iisnumcols =
-        0;  // a search that fails leaves no subset of an earlier model
+    // A search that fails leaves no subset of an earlier model.
+    lp->iisnumrows = lp->iisnumcols = 0;
     control.elasticmode = static_cast<std::uint16_t>(control.iismethod + 1);
     const bool has_run = optimize(lp) == 0;
     const bool is_found = has_run && (lp->status == STAT_OPTIMAL || lp->status == STAT_MIP_OPTIMAL);
-    lp->iisstatus = is_found ? IIS_FOUND : IIS_NOT_FOUND;
+    lp->iisstatus = is_found && is_complete(*lp) ? IIS_FOUND : IIS_NOT_FOUND;
     *iisnumrows_p = lp->iisnumrows;
     *iisnumcols_p = lp->iisnumcols;
     reportprogress(&control, EVENT_ELASTIC, 0, 0.0);

@@ -203,7 +203,8 @@ TEST(InfeasibleSubset, memory_may_end_at_any_allocation)
         failed = allocation_failed();
         allow_all_allocations();
         const Subset s = stored_subset(loaded.lp, rows, columns);
-        EXPECT_TRUE(failed || s.rows == (Indices{0, 1}));
+        EXPECT_NE(s.status, failed ? IIS_FOUND : IIS_NOT_FOUND);
+        EXPECT_TRUE(s.status != IIS_FOUND || s.rows == (Indices{0, 1}));
     }
 }
 
@@ -248,12 +249,16 @@ TEST(InfeasibleSubset, arrays_of_a_host_with_references_are_filled)
         {INF            }
     });
     find(loaded.lp);
-    OleArray<std::int32_t> rows{7, 7}, stands{7, 7}, small{7};
+    OleArray<std::int32_t> rows{7, 7}, stands{7, 7}, small{7}, placeholder{-1};
     setintparam(nullptr, PARAM_OLEARRAYS, 1);
     EXPECT_EQ(getiis(loaded.lp, nullptr, rows.argument(), stands.argument(), nullptr, nullptr,
                      nullptr, nullptr),
               0);
     EXPECT_EQ(rows.values(), (Indices{0, 1}));
+    EXPECT_EQ(getiis(loaded.lp, nullptr, placeholder.argument(), nullptr, nullptr, nullptr, nullptr,
+                     nullptr),
+              0);
+    EXPECT_EQ(placeholder.values(), (Indices{-1}));
     EXPECT_EQ(
         getiis(loaded.lp, nullptr, small.argument(), nullptr, nullptr, nullptr, nullptr, nullptr),
         3);
