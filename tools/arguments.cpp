@@ -27,10 +27,16 @@ Format parsed_format(const std::string& name)
     throw BadUsage(fmt::format("--format is text, csv or json, not '{}'", name));
 }
 
-CLI::App* add_command(CLI::App& app, const CommandText& text, Arguments& arguments, Raw& raw)
+CLI::App* add_command(CLI::App& app, const CommandText& text)
 {
     CLI::App* const command = app.add_subcommand(text.name, text.summary);
     command->set_help_flag(OPTION_HELP.names, OPTION_HELP.text);
+    return command;
+}
+
+CLI::App* add_report_command(CLI::App& app, const CommandText& text, Arguments& arguments, Raw& raw)
+{
+    CLI::App* const command = add_command(app, text);
     command->add_option(OPTION_FORMAT.names, raw.format)
         ->type_name(OPTION_FORMAT.value)
         ->take_last();
@@ -45,15 +51,33 @@ void add_file(CLI::App& command, Arguments& arguments)
     command.add_option("FILE", arguments.file)->required();
 }
 
-void add_solve_options(CLI::App& command, Arguments& arguments, Raw& raw)
+void add_settings(CLI::App& command, Raw& raw)
 {
     command.add_option(OPTION_SET.names, raw.settings)
         ->type_name(OPTION_SET.value)
         ->allow_extra_args(false);
+}
+
+void add_solve_options(CLI::App& command, Arguments& arguments, Raw& raw)
+{
+    add_settings(command, raw);
     command.add_flag(OPTION_SENSITIVITY.names, arguments.sensitivity);
     command.add_flag(OPTION_ALL.names, arguments.all);
     command.add_flag(OPTION_QUIET.names, arguments.quiet);
     add_file(command, arguments);
+}
+
+void add_iis_options(CLI::App& command, Arguments& arguments, Raw& raw)
+{
+    add_settings(command, raw);
+    command.add_flag(OPTION_ROWS_ONLY.names, arguments.rows_only);
+    add_file(command, arguments);
+}
+
+void add_rewrite_files(CLI::App& command, Arguments& arguments)
+{
+    command.add_option("IN", arguments.file)->required();
+    command.add_option("OUT", arguments.target)->required();
 }
 
 // The help of the command that was named, or of the tool.
@@ -89,11 +113,15 @@ std::optional<Arguments> parsed_arguments(int argc, char** argv, std::string& an
     app.add_flag("--print-man", raw.prints_manual);
     app.require_subcommand(0, 1);
 
-    CLI::App* const solve = add_command(app, solve_text(), arguments, raw);
+    CLI::App* const solve = add_report_command(app, solve_text(), arguments, raw);
     add_solve_options(*solve, arguments, raw);
-    CLI::App* const info = add_command(app, info_text(), arguments, raw);
+    CLI::App* const info = add_report_command(app, info_text(), arguments, raw);
     add_file(*info, arguments);
-    add_command(app, params_text(), arguments, raw);
+    CLI::App* const iis = add_report_command(app, iis_text(), arguments, raw);
+    add_iis_options(*iis, arguments, raw);
+    CLI::App* const rewrite = add_command(app, rewrite_text());
+    add_rewrite_files(*rewrite, arguments);
+    add_report_command(app, params_text(), arguments, raw);
 
     try {
         parse(app, argc, argv);
@@ -109,9 +137,14 @@ std::optional<Arguments> parsed_arguments(int argc, char** argv, std::string& an
         return {};
     }
     if (app.get_subcommands().empty())
-        throw BadUsage("a command is needed: solve, info or params\nTry 'tarnwick --help'.");
+        throw BadUsage(
+            "a command is needed: solve, info, iis, rewrite or params\nTry 'tarnwick --help'.");
 
-    arguments.command = *solve ? Command::solve : *info ? Command::info : Command::params;
+    arguments.command = *solve     ? Command::solve
+                        : *info    ? Command::info
+                        : *iis     ? Command::iis
+                        : *rewrite ? Command::rewrite
+                                   : Command::params;
     arguments.format = parsed_format(raw.format);
     for (const std::string& setting : raw.settings)
         arguments.settings.push_back(parsed_setting(setting));

@@ -9,15 +9,16 @@
 
 namespace tarnwick::tool {
 
-enum class Command { solve, info, params };
+enum class Command { solve, info, iis, rewrite, params };
 
 struct Arguments {
     Command command = Command::solve;
     std::string file;
+    std::string target;  // the model file that is written
     std::vector<Setting> settings;
-    bool sensitivity = false, all = false, quiet = false;
+    bool sensitivity = false, all = false, quiet = false, rows_only = false;
     Format format = Format::text;
-    std::string output;  // empty: standard output
+    std::string output;  // empty: standard output; for iis the model file of the subset, or none
 };
 
 // Reads the command line. Nothing: it asked for a text, which `answer` then holds. Throws Failure.

@@ -8,9 +8,11 @@
 
 #include "tools/arguments.h"
 #include "tools/failure.h"
+#include "tools/infeasible.h"
 #include "tools/messages.h"
 #include "tools/model.h"
 #include "tools/output.h"
+#include "tools/rewrite.h"
 #include "tools/solve.h"
 #include "tools/statuses.h"
 
@@ -46,6 +48,34 @@ int run_info(const Arguments& arguments, Messages& messages)
     return EXIT_OPTIMUM;
 }
 
+int run_iis(const Arguments& arguments, Messages& messages)
+{
+    const Model model = read_model(arguments.file, messages);
+    if (model.numcols == 0)
+        throw Failure(fmt::format("{}: the model has no variables", arguments.file));
+    for (const Setting& setting : arguments.settings) apply(setting, model.lp.get());
+    require_other_file(arguments.output, arguments.file);
+
+    const Subset subset = find_subset(model, arguments.rows_only, messages);
+    const bool is_found = subset.outcome == Outcome::found;
+    if (is_found && !arguments.output.empty()) write_subset(model, arguments.output, messages);
+    Output("", "").write(written(subset_report(model, subset), arguments.format));
+    return is_found ? EXIT_OPTIMUM : EXIT_NO_OPTIMUM;
+}
+
+int run_rewrite(const Arguments& arguments, Messages& messages)
+{
+    const Model model = read_model(arguments.file, messages);
+    if (model.numcols == 0)
+        throw Failure(fmt::format("{}: the model has no variables", arguments.file));
+    require_other_file(arguments.target, arguments.file);
+    write_model(model, arguments.target, messages);
+    if (const std::size_t count = count_rounded(model); count > 0)
+        tell(
+            fmt::format("{}: rounded to six decimals: {} of the numbers", arguments.target, count));
+    return EXIT_OPTIMUM;
+}
+
 int run_params(const Arguments& arguments)
 {
     Output(arguments.output, "").write(written(parameter_report(), arguments.format));
@@ -64,6 +94,8 @@ int run(int argc, char** argv)
     switch (arguments->command) {
     case Command::solve: return run_solve(*arguments, messages);
     case Command::info: return run_info(*arguments, messages);
+    case Command::iis: return run_iis(*arguments, messages);
+    case Command::rewrite: return run_rewrite(*arguments, messages);
     case Command::params: return run_params(*arguments);
     }
     return EXIT_FAILED;

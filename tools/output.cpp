@@ -20,13 +20,18 @@ namespace {
 
 }  // namespace
 
+void require_other_file(const std::string& output, const std::string& input)
+{
+    std::error_code error;
+    if (std::filesystem::equivalent(output, input, error))
+        throw Failure(fmt::format("{}: the output would overwrite the model", output));
+}
+
 Output::Output(const std::string& file, const std::string& input)
     : name_(file.empty() ? "standard output" : file)
 {
     if (file.empty()) return;
-    std::error_code error;
-    if (std::filesystem::equivalent(file, input, error))
-        throw Failure(fmt::format("{}: the report would overwrite the model", file));
+    require_other_file(file, input);
     file_.reset(std::fopen(file.c_str(), "wb"));
     if (!file_) fail(name_);
 }

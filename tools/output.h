@@ -6,6 +6,9 @@
 
 namespace tarnwick::tool {
 
+// Throws Failure if what is written would replace what is read.
+void require_other_file(const std::string& output, const std::string& input);
+
 // Where a report goes: standard output, or a file, which is opened at once, so that a run is not for
 // nothing. Throws Failure.
 class Output {

@@ -8,6 +8,9 @@ constexpr OptionText TOOL_OPTIONS[] = {OPTION_HELP, OPTION_VERSION};
 constexpr OptionText SOLVE_OPTIONS[] = {OPTION_SET,    OPTION_SENSITIVITY, OPTION_ALL, OPTION_QUIET,
                                         OPTION_FORMAT, OPTION_OUTPUT,      OPTION_HELP};
 constexpr OptionText REPORT_OPTIONS[] = {OPTION_FORMAT, OPTION_OUTPUT, OPTION_HELP};
+constexpr OptionText IIS_OPTIONS[] = {OPTION_ROWS_ONLY, OPTION_SET, OPTION_FORMAT, OPTION_SUBSET,
+                                      OPTION_HELP};
+constexpr OptionText HELP_ALONE[] = {OPTION_HELP};
 
 constexpr CommandText TOOL = {
     "", "COMMAND [OPTION]...", "solve linear, quadratic and integer programs from text files",
@@ -35,17 +38,35 @@ constexpr CommandText INFO = {"info", "[OPTION]... FILE", "Describe the model in
                               "and variables there are of each kind.",
                               REPORT_OPTIONS};
 
+constexpr CommandText IIS = {
+    "iis", "[OPTION]... FILE", "Find rows and bounds that contradict each other.",
+    "For a model without a feasible point: searches for an irreducible infeasible subset, rows and "
+    "bounds that no point can meet together, while without any one of them some point meets the "
+    "rest. One search names one subset; a model may have others. Integer variables count as "
+    "continuous. The model is solved first, and the search is made if it is not feasible. An "
+    "interrupt (Ctrl-C) ends it without a subset.",
+    IIS_OPTIONS};
+
+constexpr CommandText REWRITE = {
+    "rewrite", "[OPTION]... IN OUT", "Write the model in IN to OUT, in the form of the library.",
+    "All rows and bounds stand in their order, the terms of a variable are added up, and numbers "
+    "have six decimals at the most; how many were rounded is told on standard error. A model "
+    "without rows gets one without terms.",
+    HELP_ALONE};
+
 constexpr CommandText PARAMS = {
     "params", "[OPTION]...", "List the parameters.",
     "Reports number, name, default, range and meaning of each parameter.", REPORT_OPTIONS};
 
-constexpr const CommandText* COMMANDS[] = {&SOLVE, &INFO, &PARAMS};
+constexpr const CommandText* COMMANDS[] = {&SOLVE, &INFO, &IIS, &REWRITE, &PARAMS};
 
 // clang-format off
 constexpr ItemText EXITS[] = {
-    {"0", "An optimum: status 1, 101 or 102. For info and params, a report."},
-    {"1", "The run ended without a proved optimum. Status 65, converged, is one of these."},
-    {"2", "Bad usage, a file that can't be read or is no model, or a report that can't be written."},
+    {"0", "An optimum: status 1, 101 or 102. For iis a subset, for rewrite a file, else a report."},
+    {"1", "The run ended without a proved optimum. Status 65, converged, is one of these. For iis: the "
+          "model is feasible, or the search was stopped."},
+    {"2", "Bad usage, a file that can't be read or is no model, or a file that can't be "
+          "written."},
 };
 
 constexpr ItemText FORMATS[] = {
@@ -70,6 +91,10 @@ constexpr ItemText SECTIONS[] = {
     {"row_kinds",        "From info: less_or_equal, equal, greater_or_equal, empty."},
     {"bound_kinds",      "From info: none, lower, upper, both, fixed, crossed."},
     {"variable_kinds",   "From info: continuous, binary, integer, in_objective, without_row."},
+    {"subset",           "From iis: outcome (found, feasible or not_found), outcome_text, rows, bounds, "
+                         "iterations, seconds."},
+    {"subset_rows",      "From iis, by name: row, the text of it."},
+    {"subset_bounds",    "From iis, by name: lower, upper, as far as they belong to the subset."},
     {"parameters",       "From params, by name: number, default, lowest, highest, meaning."},
 };
 
@@ -81,6 +106,10 @@ constexpr ItemText EXAMPLES[] = {
     {"tarnwick solve model.txt --format json --output result.json",
      "Write the solution for another program."},
     {"tarnwick info model.txt", "Look at a model without solving it."},
+    {"tarnwick iis model.txt", "See why a model has no feasible point."},
+    {"tarnwick iis model.txt --rows-only --output conflict.txt",
+     "Look for contradicting rows alone, and write them to a model file."},
+    {"tarnwick rewrite model.txt tidy.txt", "Write a model anew, every row and bound in its place."},
 };
 // clang-format on
 
@@ -89,6 +118,8 @@ constexpr ItemText EXAMPLES[] = {
 const CommandText& tool_text() { return TOOL; }
 const CommandText& solve_text() { return SOLVE; }
 const CommandText& info_text() { return INFO; }
+const CommandText& iis_text() { return IIS; }
+const CommandText& rewrite_text() { return REWRITE; }
 const CommandText& params_text() { return PARAMS; }
 std::span<const CommandText* const> command_texts() { return COMMANDS; }
 

@@ -45,9 +45,18 @@ inline constexpr OptionText OPTION_ALL = {
 inline constexpr OptionText OPTION_QUIET = {
     "-q,--quiet", "", "Report status and objective alone, and show no progress."};
 
+inline constexpr OptionText OPTION_ROWS_ONLY = {
+    "--rows-only", "",
+    "Test rows alone. The search is shorter, and the bounds that take part stay unknown."};
+inline constexpr OptionText OPTION_SUBSET = {
+    "-o,--output", "FILE",
+    "Write the subset to FILE as a model file, with the numbers of rows and variables kept."};
+
 const CommandText& tool_text();
 const CommandText& solve_text();
 const CommandText& info_text();
+const CommandText& iis_text();
+const CommandText& rewrite_text();
 const CommandText& params_text();
 std::span<const CommandText* const> command_texts();
 
