@@ -43,8 +43,10 @@ constexpr CommandText IIS = {
     "For a model without a feasible point: searches for an irreducible infeasible subset, rows and "
     "bounds that no point can meet together, while without any one of them some point meets the "
     "rest. One search names one subset; a model may have others. Integer variables count as "
-    "continuous. The model is solved first, and the search is made if it is not feasible. An "
-    "interrupt (Ctrl-C) ends it without a subset.",
+    "continuous. The model is solved first, and the search is made if it is not feasible. It "
+    "needs room for a variable more for each row, two for an equation: at most 2000 in all. Where "
+    "a "
+    "check fails, --set FEASTOL=1e-6 may help. An interrupt (Ctrl-C) ends it without a subset.",
     IIS_OPTIONS};
 
 constexpr CommandText REWRITE = {

@@ -36,6 +36,12 @@ constexpr LineCase LINES[] = {
     {"device",                    "solve /dev/zero",                                 2, "", "/dev/zero: is no regular file"},
     {"output over the model",     "solve production.txt -o ./production.txt",        2, "", "would overwrite the model"},
     {"output to a full disk",     "solve production.txt -o /dev/full",               2, "", "/dev/full: No space left"},
+    {"subset over the model",     "iis production.txt -o production.txt",            2, "", "would overwrite the model"},
+    {"no subset to be found",     "iis production.txt",                              1, "outcome            feasible", ""},
+    {"rewritten over the model",  "rewrite production.txt production.txt",           2, "", "would overwrite the model"},
+    {"rewritten to nowhere",      "rewrite production.txt /no/where",                2, "", "/no/where: Unable to open output file"},
+    {"rewritten to a full disk",  "rewrite production.txt /dev/full",                2, "", "/dev/full: Error writing to output file"},
+    {"help of a command",         "rewrite --help",                                  0, "Usage: tarnwick rewrite", ""},
     {"standard output full",      "solve production.txt >/dev/full",                 2, "", "standard output: No space left"},
 };
 // clang-format on

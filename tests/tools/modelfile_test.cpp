@@ -81,4 +81,60 @@ TEST(ModelFile, info_counts_what_the_file_holds)
         EXPECT_NE(out.find(record + std::string("\n")), std::string::npos) << record << '\n' << out;
 }
 
+// x1 + x2 >= 5 against x1 <= 4 and x2 <= 0.5; neither x1 >= 0 nor another row is needed for that.
+TEST(ModelFile, iis_lists_and_writes_what_contradicts)
+{
+    const Scratch scratch;
+    const std::string file = scratch.write(
+        "model.txt", "Minimize\n x1\nSubject To\n c1: x1 + x2 >= 5\n c2: 2 x1 - x2 <= 99\n"
+                     "Bounds\n 0 <= x1 <= 4\n 0 <= x2 <= 0.5\n 0 <= x3 <= 1\nIntegers\n x1\nEnd\n");
+    const std::string subset = scratch.path("subset.txt");
+    struct {
+        const char* option;
+        const char* records;  // of the bounds
+    } const cases[] = {
+        {"",             "subset_bounds,x1,lower,\nsubset_bounds,x1,upper,4\n"
+             "subset_bounds,x2,lower,\nsubset_bounds,x2,upper,0.5\n"                         },
+        {"--rows-only ", "subset_bounds,x1,lower,0\nsubset_bounds,x1,upper,4\n"
+                         "subset_bounds,x2,lower,0\nsubset_bounds,x2,upper,0.5\n"},
+    };
+    for (const auto& c : cases) {
+        const ToolRun run = run_tool("iis -f csv " + (c.option + file) + " -o " + subset);
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_TRUE(run.out.ends_with("subset_rows,c1,row,x1 + x2 >= 5\n" + std::string(c.records)))
+            << run.out;
+    }
+    EXPECT_EQ(run_tool("solve -q " + subset).out.find("status     2 "), 0U);
+}
+
+TEST(ModelFile, bounds_that_cross_contradict_each_other)
+{
+    const Scratch scratch;
+    const std::string out =
+        run_tool("iis -f csv " +
+                 scratch.write("model.txt", std::string(ROWS) + BOUNDS + " 3 <= x1 <= 2\nEnd\n"))
+            .out;
+    EXPECT_NE(out.find("subset_bounds,x1,lower,3\nsubset_bounds,x1,upper,2\n"), std::string::npos)
+        << out;
+}
+
+TEST(ModelFile, rewriting_keeps_the_model_and_counts_what_it_rounds)
+{
+    const Scratch scratch;
+    const std::string file = scratch.write(
+        "model.txt", "Maximize\n x2 + [ - x1^2 ]\nSubject To\n c2: 0.1 x1 + 0.1234567 x2 <= 2e10\n"
+                     "Bounds\n 0 <= x1 <= 1e-9\nIntegers\n x2\nEnd\n");
+    const std::string first = scratch.path("first"), second = scratch.path("second");
+    const ToolRun run = run_tool("rewrite " + file + ' ' + first);
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, first + ": rounded to six decimals: 2 of the numbers\n");
+    EXPECT_EQ(run_tool("rewrite " + first + ' ' + second).err, "");
+    EXPECT_EQ(content_of(first), content_of(second));
+    EXPECT_EQ(
+        content_of(first),
+        "Maximize QP/MIP\r\n  obj: x2\r\n       + [  - x1^2\r\n       ]\r\nSubject To\r\n"
+        "  c1:   = 0.0\r\n  c2:  0.1 x1 + 0.123457 x2 <= 20000000000.0\r\nBounds\r\n"
+        "  0.0 <= x1 <= 0.0\r\n  -infinity <= x2 <= +infinity\r\nIntegers\r\n  x2\r\nEnd\r\n");
+}
+
 }  // namespace tarnwick
