@@ -98,6 +98,14 @@ void limit_bounds(Vec<double> bounds) noexcept
         bounds[k] = std::clamp(bounds[k], -INFINITE_BOUND, INFINITE_BOUND);
 }
 
+// A function made of comparisons has values at NaN too, and the search would clip such a start into
+// the box: the model would be solved as if it were sound.
+bool starts_at_numbers(const NspEngine& nsp) noexcept
+{
+    const double* const x = nsp.point.data();
+    return std::none_of(x, x + nsp.variables, [](double v) { return std::isnan(v); });
+}
+
 bool read_model(NspEngine& nsp) noexcept
 {
     if (!nsp_load_settings(nsp) || !nsp_allocate(nsp)) return false;
@@ -106,7 +114,7 @@ bool read_model(NspEngine& nsp) noexcept
         return false;
     limit_bounds(nsp.lower);
     limit_bounds(nsp.upper);
-    return getstart(nsp.control, nsp.point.data()) != 0;
+    return getstart(nsp.control, nsp.point.data()) && starts_at_numbers(nsp);
 }
 
 bool model_size_ok(const NspEngine& nsp) noexcept
