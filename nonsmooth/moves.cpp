@@ -246,8 +246,9 @@ constexpr int RESAMPLE_ROUNDS = 2;
 constexpr double SPREAD_SHARE = 0.25;  // of the distance from first to last: the variance
 
 // Coordinate i from a beta distribution on its range whose mean is that of the first member and
-// whose variance is v, with shapes by the method of moments. Without any spread the coordinate stays.
-// False: there is no such distribution.
+// whose variance is v, with shapes by the method of moments. Without any spread the coordinate stays,
+// and so it does where 2 t is infinite: the scale of a gamma deviate, the square root of 2 a - 1,
+// must be finite. False: there is no such distribution.
 bool resample_coordinate(NspEngine& nsp, int i) noexcept
 {
     const double first = pop_first(nsp).point[i];
@@ -256,7 +257,7 @@ bool resample_coordinate(NspEngine& nsp, int i) noexcept
     const double w = upper - lower;
     const double m = (first - lower) / w;
     const double t = w * w * m * (1.0 - m) / v - 1.0;
-    if (std::isinf(t)) {
+    if (std::isinf(2.0 * t)) {
         nsp.point[i] = first;
         return true;
     }
