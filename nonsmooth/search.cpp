@@ -51,8 +51,17 @@ EngineResult nsp_start_search(NspEngine& nsp) noexcept
 // ---- the first population
 
 constexpr std::int32_t EVENT_SETUP = 2;
-constexpr int CANDIDATES_PER_REPORT = 1000;  // a function that is slow, or fails, can be stopped
-constexpr int FAILURES_PER_MEMBER = 100;     // evaluations in a row that may fail
+constexpr int FAILURES_PER_MEMBER = 100;  // evaluations in a row that may fail
+// A function that fails, or is slow, can be stopped: a report is due after so many candidates, or
+// after so many milliseconds.
+constexpr int CANDIDATES_PER_REPORT = 1000;
+constexpr std::uint32_t TICKS_PER_REPORT = 1000;
+
+// How far the first population has come.
+struct Filling {
+    std::int64_t tried;        // candidates
+    std::uint32_t lastreport;  // milliseconds
+};
 
 void draw_point(NspEngine& nsp) noexcept
 {
@@ -68,28 +77,39 @@ void return_to_start(NspEngine& nsp) noexcept
         nsp.point[i] = clipped(nsp.startpoint[i], nsp.lower[i], nsp.upper[i]);
 }
 
-EngineResult report_setup(NspEngine& nsp, int k) noexcept
+bool is_report_due(const Filling& filling, std::uint32_t now) noexcept
+{
+    if (filling.tried == 0) return false;
+    return filling.tried % CANDIDATES_PER_REPORT == 0 ||
+           now - filling.lastreport >= TICKS_PER_REPORT;
+}
+
+EngineResult report_setup(NspEngine& nsp, int k, Filling& filling) noexcept
 {
     const auto work = static_cast<std::uint32_t>(k) * static_cast<std::uint32_t>(nsp.variables) *
                       static_cast<std::uint32_t>(nsp.rows) /
                       static_cast<std::uint32_t>(nsp.popsize);
     const std::int32_t stop =
         reportprogress(nsp.control, EVENT_SETUP, static_cast<std::int32_t>(work), 0.0);
-    return stopresult(stop, ENGINE_OPTIMAL);
+    const std::uint32_t now = tick_count();
+    if (stop != STOP_NONE || !is_report_due(filling, now)) return stopresult(stop, ENGINE_OPTIMAL);
+    filling.lastreport = now;
+    return nsp_report_iteration(nsp, nsp.objective);
 }
 
-// Tries points until one becomes the k-th member. `tried` counts them over the whole population; the
-// start point comes first, and again after each `cycle` of them.
-EngineResult find_member(NspEngine& nsp, int k, int cycle, std::int64_t& tried) noexcept
+// Tries points until one becomes the k-th member. The start point comes first, and again after each
+// `cycle` of them.
+EngineResult find_member(NspEngine& nsp, int k, int cycle, Filling& filling) noexcept
 {
     const std::int64_t most_failures = std::int64_t{FAILURES_PER_MEMBER} * nsp.popsize;
     for (;;) {
-        if (const EngineResult code = report_setup(nsp, k); code != ENGINE_OPTIMAL) return code;
-        if (tried % cycle == 0)
+        if (const EngineResult code = report_setup(nsp, k, filling); code != ENGINE_OPTIMAL)
+            return code;
+        if (filling.tried % cycle == 0)
             return_to_start(nsp);
         else
             draw_point(nsp);
-        ++tried;
+        ++filling.tried;
 
         EngineResult status = nsp_try_point(nsp);
         if (status == CANDIDATE_REFUSED && nsp.bestfeasible)
@@ -97,10 +117,6 @@ EngineResult find_member(NspEngine& nsp, int k, int cycle, std::int64_t& tried) 
         if (status == CANDIDATE_STANDS) return nsp_new_member(nsp);
 
         if (nsp.failedevaluations > most_failures) return ENGINE_EVALERROR;
-        if (tried % CANDIDATES_PER_REPORT != 0) continue;
-        if (const EngineResult code = nsp_report_iteration(nsp, nsp.objective);
-            code != CANDIDATE_STANDS)
-            return code;
     }
 }
 
@@ -116,12 +132,12 @@ void lower_tolerance(NspEngine& nsp, int k) noexcept
 EngineResult nsp_initial_population(NspEngine& nsp) noexcept
 {
     const std::int32_t tolerated = nsp.infeasibletolerated;
+    Filling filling{.tried = 0, .lastreport = tick_count()};
     const bool start_stands = nsp_fitness(nsp, nsp.startpoint.data()) == CANDIDATE_STANDS;
     const int cycle = start_stands ? nsp.variables : 2 * nsp.variables;
 
-    std::int64_t tried = 0;
     for (int k = 1; k <= nsp.popsize; ++k) {
-        if (const EngineResult code = find_member(nsp, k, cycle, tried); code != CANDIDATE_STANDS)
+        if (const EngineResult code = find_member(nsp, k, cycle, filling); code != CANDIDATE_STANDS)
             return code;
         pop_insert(nsp);
         lower_tolerance(nsp, k);

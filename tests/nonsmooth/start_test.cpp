@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "tests/nonsmooth/hostmodel.h"
+#include "tests/support/clock.h"
 
 namespace tarnwick {
 namespace {
@@ -27,6 +28,27 @@ TEST(NonSmoothStart, that_is_no_number_is_refused_with_and_without_scaling)
         solution(host.lp, &status, nullptr, nullptr, nullptr, nullptr, nullptr);
         EXPECT_EQ(status, STAT_BADMODEL) << scaling;
     }
+}
+
+// Each evaluation takes two seconds of the clock, so that the time is up long before there are 200
+// members.
+TEST(NonSmoothStart, is_stopped_by_the_time_limit_if_the_function_is_slow)
+{
+    std::uint32_t now = 1000;
+    set_clock(now);
+    const HostModel host({.variables = 2, .functions = [&now](const Reals&, double& f, Reals&) {
+                              f = 0.0;
+                              set_clock(now += 2000);
+                              return true;
+                          }});
+    setintparam(host.lp, PARAM_NSPPOPSIZE, 200);
+    setdblparam(host.lp, PARAM_TIMELIMIT, 20.0);
+    EXPECT_EQ(optimize(host.lp), 0);
+    release_clock();
+    std::int32_t status = STAT_NONE;
+    solution(host.lp, &status, nullptr, nullptr, nullptr, nullptr, nullptr);
+    EXPECT_EQ(status, STAT_TIMELIM_FEAS);
+    EXPECT_LT(host.evaluations, 30);
 }
 
 }  // namespace
