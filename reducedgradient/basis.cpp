@@ -154,7 +154,7 @@ class PivotChoice {
 
     // The best pivot of each column that may enter, in maxpivot and pivotrow; the later of equal
     // rows. The largest of all.
-    double measure_pivots() noexcept
+    double measure_pivots() const noexcept
     {
         const int n = nlp_.variables;
         for (int j = 1; j <= n; ++j) nlp_.maxpivot[j] = 0.0;
