@@ -92,11 +92,11 @@ void nlp_eval_column(NlpEngine& nlp, Vec<double> values, Vec<const double> x, in
                             real_coordinate(nlp, col, x[col])) != 0);
 }
 
-bool are_numbers(const NlpEngine& nlp, Vec<const double> values) noexcept
+bool are_usable(const NlpEngine& nlp, Vec<const double> values) noexcept
 {
-    for (int i = 1; i <= nlp.rows; ++i)
-        if (std::isnan(values[i])) return false;
-    return true;
+    for (int i = 1; i < nlp.objrow; ++i)
+        if (!std::isfinite(values[i])) return false;
+    return !std::isnan(values[nlp.objrow]);
 }
 
 // ---- scaling

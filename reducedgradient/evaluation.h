@@ -17,8 +17,8 @@ void nlp_eval(NlpEngine& nlp, Vec<double> values, Vec<const double> x) noexcept;
 // is to be put right.
 void nlp_eval_column(NlpEngine& nlp, Vec<double> values, Vec<const double> x, int prev,
                      int col) noexcept;
-// False: some row is no number.
-bool are_numbers(const NlpEngine& nlp, Vec<const double> values) noexcept;
+// False: some row is not finite, or the objective no number. An objective may fall to -infinity.
+bool are_usable(const NlpEngine& nlp, Vec<const double> values) noexcept;
 
 // Brings the model to the units of its start point. False: it can't be evaluated there.
 bool nlp_scale_model(NlpEngine& nlp) noexcept;

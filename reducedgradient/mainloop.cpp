@@ -173,7 +173,7 @@ bool begin_loop(NlpEngine& nlp) noexcept
     nlp.jacobianvalid = nlp.previnterior = false;
     nlp_eval(nlp, nlp.rowvalue, nlp.startpoint);
     if (nlp.status != ENGINE_OPTIMAL) return false;
-    if (!are_numbers(nlp, nlp.rowvalue)) {
+    if (!are_usable(nlp, nlp.rowvalue) || !std::isfinite(nlp.rowvalue[nlp.objrow])) {
         nlp.status = ENGINE_EVALERROR;
         return false;
     }

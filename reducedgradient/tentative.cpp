@@ -122,7 +122,7 @@ bool iterate_newton(NlpEngine& nlp) noexcept
         nlp.newtoniters = it - 1;
         if (hits) move_superbasics(nlp, nlp.hitstep);
         nlp_eval(nlp, nlp.rowvalue, nlp.point);
-        if (nlp.status != ENGINE_OPTIMAL || !are_numbers(nlp, nlp.rowvalue)) return false;
+        if (nlp.status != ENGINE_OPTIMAL || !are_usable(nlp, nlp.rowvalue)) return false;
 
         const double lack = hits ? distance_to_hit(nlp) : 0.0;
         const double error = std::max(find_residuals(nlp), std::fabs(lack));
@@ -151,7 +151,7 @@ bool evaluate_step(NlpEngine& nlp) noexcept
         return nlp_newton(nlp);
     }
     nlp_eval(nlp, nlp.rowvalue, nlp.point);
-    nlp.newtonfailed = nlp.status != ENGINE_OPTIMAL || !are_numbers(nlp, nlp.rowvalue);
+    nlp.newtonfailed = nlp.status != ENGINE_OPTIMAL || !are_usable(nlp, nlp.rowvalue);
     return !nlp.newtonfailed;
 }
 

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
+#include <cmath>
 #include <functional>
 #include <map>
 #include <string>
@@ -111,5 +114,44 @@ class SmoothHost {
 
     Reals obj_, matval_;
 };
+
+// The conditions of first order, by the model's derivatives and the definitions alone:
+//
+//     grad f = J' pi + dj,   dj = 0 off the bounds, pi = 0 off the limits,
+//     dj >= 0 at a lower bound, pi >= 0 at a >= row of a minimisation, turned for a maximisation
+//
+// tol is relative to the size of the gradient.
+inline void expect_stationary(const SmoothHost& host, const Answer& answer, double tol)
+{
+    const Smooth& model = host.model;
+    const auto n = answer.x.size(), m = model.senses.size();
+    Reals gradient(n), columns(n * m);
+    model.derivatives(answer.x, gradient, columns);
+    double size = 1.0;
+    for (const double g : gradient) size = std::max(size, std::fabs(g));
+
+    const auto is_at = [](double x, double limit) {
+        return std::fabs(x - limit) <= 1e-4 * (1 + std::fabs(limit));
+    };
+    const auto excess = [](bool may_rise, bool may_fall, double multiplier) {
+        return std::max(may_rise ? 0.0 : multiplier, may_fall ? 0.0 : -multiplier);
+    };
+    for (std::size_t j = 0; j < n; ++j) {
+        double rest = gradient[j] - answer.dj[j];
+        for (std::size_t i = 0; i < m; ++i) rest -= answer.piout[i] * columns[j * m + i];
+        EXPECT_NEAR(rest, 0.0, tol * size) << "column " << j;
+        EXPECT_LE(excess(is_at(answer.x[j], model.lb[j]), is_at(answer.x[j], model.ub[j]),
+                         model.objsen * answer.dj[j]),
+                  tol * size)
+            << "column " << j;
+    }
+    for (std::size_t i = 0; i < m; ++i) {
+        const bool binds = is_at(model.rhs[i] - answer.slack[i], model.rhs[i]);
+        EXPECT_LE(excess(binds && model.senses[i] != 'L', binds && model.senses[i] != 'G',
+                         model.objsen * answer.piout[i]),
+                  tol * size)
+            << "row " << i;
+    }
+}
 
 }  // namespace tarnwick
