@@ -130,15 +130,16 @@ struct Accounts {
 };
 
 // True: the objective has stayed within its band, a share of the progress made so far, for some
-// passes. The reference moves only with an objective that leaves the band.
+// passes. The reference moves only with an objective that leaves the band. A basis that goes towards
+// a singular one keeps the steps short and looks like convergence, so that a pass without progress has
+// the next one choose its basis afresh.
 bool has_converged(NlpEngine& nlp, Accounts& accounts) noexcept
 {
     const double now = nlp.rowvalue[nlp.objrow], start = nlp.startrowvalue[nlp.objrow];
     const double reference = accounts.reference;
     const double band = std::fabs((reference - start) * nlp.convergence);
-    if (reference != INFINITE_BOUND && band >= std::fabs(now - reference))
-        return ++accounts.stalled >= STALL_LIMIT;
-    nlp.rebuildnext = false;
+    nlp.rebuildnext = reference != INFINITE_BOUND && band >= std::fabs(now - reference);
+    if (nlp.rebuildnext) return ++accounts.stalled >= STALL_LIMIT;
     accounts.stalled = 0;
     accounts.reference = now;
     return false;

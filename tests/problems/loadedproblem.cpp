@@ -138,14 +138,18 @@ Derivatives derivatives_at(const FunctionProblem& problem, Reals x)
     Derivatives d{Reals(n), Reals(n * m)};
     for (std::size_t j = 0; j < n; ++j) {
         const double old = x[j], step = 1e-6 * (1 + std::fabs(old));
+        const Limits limits = limits_of_column(problem, static_cast<int>(j));
+        const double up = std::max(old, std::min(old + step, limits.upper));
+        const double down = std::min(old, std::max(old - step, limits.lower));
+        if (up == down) continue;
         double above, below;
-        x[j] = old + step;
+        x[j] = up;
         const Reals g = rows_at(problem, x, above);
-        x[j] = old - step;
+        x[j] = down;
         const Reals h = rows_at(problem, x, below);
         x[j] = old;
-        d.obj[j] = (above - below) / (2 * step);
-        for (std::size_t i = 0; i < m; ++i) d.matval[j * m + i] = (g[i] - h[i]) / (2 * step);
+        d.obj[j] = (above - below) / (up - down);
+        for (std::size_t i = 0; i < m; ++i) d.matval[j * m + i] = (g[i] - h[i]) / (up - down);
     }
     return d;
 }
@@ -178,10 +182,16 @@ double stationarity_error(const FunctionProblem& problem, const Answer& answer, 
     const Reals g = rows_at(problem, answer.x, f);
 
     for (std::size_t j = 0; j < n; ++j) {
+        const Limits limits = limits_of_column(problem, static_cast<int>(j));
+        if (limits.lower == limits.upper) continue;
         double rest = d.obj[j] - answer.dj[j];
-        for (std::size_t i = 0; i < m; ++i) rest -= answer.piout[i] * d.matval[j * m + i];
+        size = std::max(size, std::fabs(d.obj[j]));
+        for (std::size_t i = 0; i < m; ++i) {
+            const double term = answer.piout[i] * d.matval[j * m + i];
+            rest -= term;
+            size = std::max(size, std::fabs(term));
+        }
         worst = std::max(worst, std::fabs(rest));
-        size = std::max({size, std::fabs(d.obj[j]), std::fabs(answer.dj[j])});
         worst =
             std::max(worst, wrong_sign(problem.objsen * answer.dj[j], answer.x[j],
                                        limits_of_column(problem, static_cast<int>(j)), bindingtol));

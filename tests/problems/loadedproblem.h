@@ -53,7 +53,8 @@ double objective(const FunctionProblem& problem, const Reals& x);
 //
 //     grad f = J' pi + dj,   pi and dj of the right signs,   zero where nothing binds
 //
-// Returns the largest error, relative to 1 + the size of the terms of the sum.
+// Fixed variables are passed over: by differences their derivatives are zero. Returns the largest
+// error, relative to 1 + the size of the terms of the sum.
 double stationarity_error(const FunctionProblem& problem, const Answer& answer, double bindingtol);
 
 }  // namespace tarnwick

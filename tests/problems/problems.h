@@ -33,7 +33,7 @@ struct FunctionProblem {
     std::string sense{};  // a letter for each row
     Reals rhs{0.0}, range{};
     double optimum = 0.0;
-    Reals local{};  // other local optima to which a descent from the start may lead
+    Reals local{};  // other stationary points to which a descent from the start may lead
     std::int32_t objsen = 1;
     std::int32_t status = STAT_NONE;  // where the outcome is another than the optimum
     std::string ctype{};

@@ -193,6 +193,7 @@ const FunctionProblem SMALL[] = {
         return square(x[1] + 3 * x[2] + x[3]) + 4 * square(x[1] - x[2]);
     }},
 {.name = "HS 33", .start = {0, 0, 3}, .lower = {0}, .upper = {INF, INF, 5}, .sense = "GG", .rhs = {0, 4}, .optimum = ROOT2 - 6,
+    .local = {-4},
     .value = [](Point x, RowValues g) {
         g[1] = square(x[3]) - square(x[2]) - square(x[1]);
         g[2] = sum_of_squares(x, 1, 3);

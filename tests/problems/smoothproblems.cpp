@@ -107,7 +107,7 @@ const FunctionProblem OTHERS[] = {
         g[1] = x[1] - x[2];
         return -x[1] - 2 * x[2];
     }},
-{.name = "unbounded without rows", .start = {1, 1}, .lower = {0}, .status = STAT_UNBOUNDED,
+{.name = "unbounded without rows", .start = {1, 1}, .lower = {-INF, 0}, .status = STAT_UNBOUNDED,
     .value = [](Point x, RowValues) { return square(x[1] - 3) - x[2]; }},
 // The first unit step from 0 leads beyond 3, where there are no values.
 {.name = "fails on the way", .start = {0, 0}, .status = STAT_EVALERROR,
