@@ -18,7 +18,7 @@ namespace tarnwick {
 namespace {
 
 constexpr int ATTEMPTS = 7;    // to find a point that is no worse
-constexpr int DOUBLINGS = 30;  // that show an objective without bound
+constexpr int DOUBLINGS = 30;  // that show an objective without bound, if they lead far
 // Newton iterations from which on a step isn't doubled.
 constexpr int DOUBLING_LIMIT = NEWTON_LIMIT / 2;
 constexpr int QUADRATIC_DOUBLING_LIMIT = 4;
@@ -26,6 +26,8 @@ constexpr int QUADRATIC_DOUBLING_LIMIT = 4;
 constexpr double FARTHEST_BOUND = 1e20;
 // A first step changes no superbasic by more than this share of its size, or of 1.
 constexpr double FIRST_SHARE = 0.05;
+// So many times its size, or 1, a superbasic changes where the objective has no bound.
+constexpr double FAR_AWAY = 1e4;
 // A parabola with less of a curvature has no lowest point.
 constexpr double TINY_DENOMINATOR = 1e-30;
 
@@ -196,6 +198,15 @@ bool rises(const NlpEngine& nlp, const Bracket& at) noexcept
     return at.f3 > at.f2 + TINY || (nlp.ninfeasible > 0 && at.f3 >= at.f2 - TINY);
 }
 
+// Doublings of a first step that was next to nothing lead nowhere yet: the next search goes on.
+bool is_far_away(const NlpEngine& nlp, double step) noexcept
+{
+    for (int k = 1; k <= nlp.nsuper; ++k)
+        if (std::fabs(nlp.direction[k]) * step >= FAR_AWAY * (std::fabs(nlp.superstart[k]) + 1.0))
+            return true;
+    return false;
+}
+
 // Doubles the step while the objective falls.
 Search double_step(NlpEngine& nlp, Bracket& at) noexcept
 {
@@ -215,7 +226,7 @@ Search double_step(NlpEngine& nlp, Bracket& at) noexcept
         at.a1 = std::exchange(at.a2, at.a3);
         at.f1 = std::exchange(at.f2, at.f3);
     }
-    nlp.unbounded = true;
+    nlp.unbounded = is_far_away(nlp, at.a2);
     return Search::is_finished;
 }
 

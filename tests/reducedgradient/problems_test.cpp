@@ -112,6 +112,15 @@ TEST(SmoothProblem, whose_basis_becomes_singular_does_not_end_there)
     }
 }
 
+// The first step of a search can be so short that thirty doublings hardly move the point.
+TEST(SmoothProblem, is_not_called_unbounded_for_doublings_of_tiny_steps)
+{
+    const FunctionProblem& problem = problem_named("HS 117");
+    const Answer answer = LoadedProblem(problem, Family::smooth).solve();
+    EXPECT_TRUE(answer.status == STAT_OPTIMAL || answer.status == STAT_CONVERGED) << answer.status;
+    EXPECT_LE(gap(problem, answer.objval), 0.05);
+}
+
 INSTANTIATE_TEST_SUITE_P(DerivativeModes, SmoothProblems, testing::Values(FORWARD, CENTRAL, HOST));
 
 }  // namespace
