@@ -1,11 +1,14 @@
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <functional>
 #include <map>
-#include <string>
 #include <vector>
 
-#include "include/tarnwick.h"
+#include "control/services.h"
+#include "interface/problem.h"
+#include "nonsmooth/nspengine.h"
 #include "tests/support/models.h"
 
 namespace tarnwick {
@@ -18,10 +21,10 @@ using Functions = std::function<bool(const Reals& x, double& objective, Reals& r
 struct NonSmooth {
     int variables = 1;
     Functions functions;
-    std::string senses{};
+    std::vector<char> senses{};
     Reals rhs{};
     Reals lb{}, ub{}, start{};
-    std::string ctype{};  // empty: all are continuous
+    std::vector<char> ctype{};  // empty: all are continuous
     std::int32_t objsen = 1;
     Reals ranges{};
 };
@@ -82,5 +85,60 @@ class HostModel {
 
     Reals obj_, matval_;
 };
+
+// What the driver does around the engine, with the engine in the open: set-up when it is made,
+// nspfinish at the end. The first run, cut short, makes the arrays for the results.
+class NspRun {
+  public:
+    explicit NspRun(const HostModel& host, std::uint32_t flags = RUN_DIRECT,
+                    std::uint16_t elasticcount = 0)
+    {
+        SolveControl& control = host.lp->control;
+        const std::int32_t limit = std::exchange(control.iterlimit, 0);
+        optimize(host.lp);
+        control.iterlimit = limit;
+
+        run.control = &control;
+        run.flags = flags;
+        if (!host.model.ctype.empty()) {
+            static_cast<void>(run.intflags.create(host.model.ctype.size()));
+            getintflags(&control, run.intflags.data());
+        }
+        beginrun(&control, 0);
+        control.elasticcount = elasticcount;
+        ready = nspinit(run);
+    }
+    ~NspRun()
+    {
+        nspfinish(run);
+        endrun(run.control);
+    }
+    NspRun(const NspRun&) = delete;
+    NspRun& operator=(const NspRun&) = delete;
+
+    NspEngine& record() { return *static_cast<NspEngine*>(run.engine); }
+
+    SolveRun run{};
+    std::int32_t ready = 0;  // what nspinit returned
+};
+
+// What the interface tells after a run.
+struct Outcome {
+    std::int32_t status = STAT_NONE;
+    double objval = 0.0;
+    Reals x, slack;
+};
+
+inline Outcome solve(const HostModel& host)
+{
+    Outcome outcome;
+    outcome.x.resize(host.model.lb.size());
+    outcome.slack.resize(host.model.senses.size() + 1);
+    EXPECT_EQ(optimize(host.lp), 0);
+    EXPECT_EQ(solution(host.lp, &outcome.status, &outcome.objval, outcome.x.data(), nullptr,
+                       outcome.slack.data(), nullptr),
+              0);
+    return outcome;
+}
 
 }  // namespace tarnwick

@@ -1,0 +1,240 @@
+#include "nonsmooth/candidate.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "tests/nonsmooth/openengine.h"
+#include "tests/support/clock.h"
+
+namespace tarnwick {
+namespace {
+
+// One variable, one row that has the value of the variable, and the objective 10.
+NonSmooth one_row(char sense, double rhs)
+{
+    return {.functions =
+                [](const Reals& x, double& objective, Reals& rows) {
+                    objective = 10.0;
+                    for (double& row : rows) row = x[0];
+                    return true;
+                },
+            .senses = {sense},
+            .rhs = {rhs},
+            .lb = {-1e29},
+            .ub = {1e29}};
+}
+
+TEST(Fitness, is_the_objective_with_a_penalty_for_violated_rows)
+{
+    // Weights at the default tolerance of 1e-6: 1000, and the square root of that for equations.
+    const double EQUALITY = std::sqrt(1000.0);
+    const struct {
+        const char* name;
+        char sense;
+        double rhs, value, penalty;
+    } CASES[] = {
+        {"kept",                              'L', 5,    4,       0                },
+        {"at its limit",                      'L', 5,    5,       0                },
+        {"excess is relative to the value",   'L', 999,  1000,    1e3 / 1001 / 1001},
+        {"excess at the value 0",             'L', -0.5, 0,       250              },
+        {"shortfall",                         'G', 2,    1,       250              },
+        {"within the tolerance",              'L', 0,    0.9e-6,  0                },
+        {"just beyond it",                    'L', 0,    1.1e-6,  1.21e-9          },
+        {"equation that holds",               'E', 3,    3,       0                },
+        {"equation: the square is tolerated", 'E', 0,    -0.9e-3, 0                },
+        {"equation: the square counts",       'E', 0,    1,       EQUALITY / 4     },
+        {"no limit on the side of 1e30",      'L', 5,    -1e300,  0                },
+        {"nor on the other",                  'G', 5,    1e300,   0                },
+        {"a limit of 1e30 is none",           'L', 1e30, 1e200,   0                },
+    };
+    for (const auto& c : CASES) {
+        SCOPED_TRACE(c.name);
+        Engine engine(one_row(c.sense, c.rhs));
+        NspEngine& nsp = engine.nsp;
+        nsp.rowlower[0] = c.sense == 'L' ? -HUGE_VAL : c.rhs;
+        nsp.rowupper[0] = c.sense == 'G' || c.rhs >= 1e30 ? HUGE_VAL : c.rhs;
+        ASSERT_EQ(nsp_fitness(nsp, &c.value), CANDIDATE_STANDS);
+        EXPECT_EQ(nsp.objective, 10.0);
+        EXPECT_NEAR(nsp.fitness - 10.0, c.penalty, 1e-12 + 1e-12 * c.penalty);
+        EXPECT_EQ(nsp.fitness == nsp.objective, c.penalty == 0.0);
+    }
+}
+
+TEST(Fitness, tells_a_violation_that_the_objective_would_swallow)
+{
+    Engine engine(one_row('L', 0.0));
+    engine.host.model.functions = [](const Reals& x, double& objective, Reals& rows) {
+        objective = 1e12;
+        rows[0] = x[0];
+        return true;
+    };
+    engine.nsp.rowlower[0] = -HUGE_VAL;
+    const double x = 2e-6;
+    ASSERT_EQ(nsp_fitness(engine.nsp, &x), CANDIDATE_STANDS);
+    EXPECT_GT(engine.nsp.fitness, engine.nsp.objective);
+}
+
+TEST(Fitness, refuses_infeasible_candidates_until_as_many_were_refused_as_are_tolerated)
+{
+    Engine engine(one_row('L', 0.0));
+    NspEngine& nsp = engine.nsp;
+    nsp.infeasibletolerated = 2;
+    const double outside = 1.0, inside = -1.0;
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(nsp_fitness(nsp, &outside), CANDIDATE_REFUSED);
+        EXPECT_EQ(nsp_fitness(nsp, &outside), CANDIDATE_REFUSED);
+        EXPECT_EQ(nsp_fitness(nsp, &outside), CANDIDATE_STANDS);
+    }
+    EXPECT_EQ(nsp_fitness(nsp, &outside), CANDIDATE_REFUSED);
+    EXPECT_EQ(nsp_fitness(nsp, &inside), CANDIDATE_STANDS);
+    EXPECT_EQ(nsp_fitness(nsp, &outside), CANDIDATE_REFUSED) << "the count starts anew";
+    EXPECT_EQ(nsp.objective, 10.0);
+}
+
+TEST(Fitness, lets_equations_be_off_by_a_tenth_in_all_and_refuses_failures)
+{
+    Engine engine(one_row('E', 0.0));
+    NspEngine& nsp = engine.nsp;
+    nsp.infeasibletolerated = 100;
+    const double near = 0.11, far = 0.12;  // relative to 1.11 and 1.12
+    EXPECT_EQ(nsp_fitness(nsp, &near), CANDIDATE_STANDS);
+    EXPECT_EQ(nsp_fitness(nsp, &far), CANDIDATE_REFUSED);
+    EXPECT_EQ(nsp.infeasibleinrow, 1);
+
+    for (const double bad : {std::nan(""), HUGE_VAL, -HUGE_VAL})
+        for (const bool in_row : {false, true}) {
+            engine.host.model.functions = [=](const Reals&, double& objective, Reals& rows) {
+                objective = in_row ? 0.0 : bad;
+                rows[0] = in_row ? bad : 0.0;
+                return true;
+            };
+            EXPECT_EQ(nsp_fitness(nsp, &near), CANDIDATE_REFUSED);
+        }
+    EXPECT_EQ(nsp.infeasibleinrow, 1) << "a failure is no infeasible candidate";
+}
+
+TEST(Rounding, takes_the_nearest_whole_number_within_the_bounds)
+{
+    const struct {
+        const char* name;
+        double scale, value, lower, upper, want;  // in real units
+    } CASES[] = {
+        {"nearer below",                   1,   2.4, 0,   5,   2  },
+        {"nearer above",                   1,   2.6, 0,   5,   3  },
+        {"a tie goes up",                  1,   2.5, 0,   5,   3  },
+        {"unless there is no room",        1,   2.5, 0,   2.9, 2  },
+        {"nearer below, but out of range", 1,   2.4, 2.2, 5,   3  },
+        {"nearer above, but out of range", 1,   2.6, 0,   2.9, 2  },
+        {"no whole number in range",       1,   2.5, 2.2, 2.9, 2.5},
+        {"whole already",                  1,   -3,  -5,  5,   -3 },
+        {"scaled",                         4,   2.4, 0,   5,   2  },
+        {"scaled, at a bound that rounds", 0.7, 3.1, 3,   9,   3  },
+        {"scaled, whole above its bound",  0.1, 3.0, 3,   3,   3  },
+    };
+    for (const auto& c : CASES) {
+        SCOPED_TRACE(c.name);
+        NonSmooth model = one_row('L', 0.0);
+        model.ctype = {'I'};
+        Engine engine(model);
+        NspEngine& nsp = engine.nsp;
+        nsp.varscale[0] = c.scale;
+        nsp.reallower[0] = c.lower;
+        nsp.realupper[0] = c.upper;
+        nsp.point[0] = c.value / c.scale;
+        nsp_round_integers(nsp, nsp.point);
+        EXPECT_EQ(real_coordinate(nsp, 0, nsp.point[0]), c.want);
+    }
+}
+
+TEST(Rounding, whole_numbers_stay_whole_under_every_scale)
+{
+    NonSmooth model = one_row('L', 0.0);
+    model.ctype = {'I'};
+    Engine engine(model);
+    NspEngine& nsp = engine.nsp;
+    nsp.reallower[0] = -1e9;
+    nsp.realupper[0] = 1e9;
+    int inexact = 0;
+    for (int k = 1; k <= 200; ++k)
+        for (const double v : {1.0, -3.0, 7.0, 1e6 + 1.0, 123456789.0}) {
+            nsp.varscale[0] = k / 7.0;
+            nsp.point[0] = v / nsp.varscale[0];
+            inexact += nsp.point[0] * nsp.varscale[0] != v;
+            ASSERT_EQ(real_coordinate(nsp, 0, nsp.point[0]), v);
+        }
+    EXPECT_GT(inexact, 0) << "nothing was put to the test";
+}
+
+TEST(Repair, carries_the_values_of_the_repaired_point)
+{
+    Engine engine(one_row('L', 0.0));
+    NspEngine& nsp = engine.nsp;
+    engine.host.model.functions = [](const Reals& x, double& objective, Reals& rows) {
+        objective = -x[0];
+        rows[0] = x[0] - 0.5;
+        return true;
+    };
+    nsp.rowlower[0] = -HUGE_VAL;
+    const NspMember* const infeasible = engine.add({3.0}, -3.0, 1.0);
+    const long before = engine.host.evaluations;
+    EXPECT_EQ(nsp_repair(nsp, infeasible), CANDIDATE_REFUSED);
+    EXPECT_EQ(engine.host.evaluations, before) << "there is nothing to draw it to";
+
+    engine.add({-1.0}, 1.0);
+    int repaired = 0;
+    for (int k = 0; k < 200; ++k) {
+        nsp.point[0] = 4.0;
+        if (nsp_repair(nsp, infeasible) != CANDIDATE_STANDS) continue;
+        ++repaired;
+        ASSERT_LE(nsp.point[0], 0.5);
+        ASSERT_EQ(nsp.objective, -nsp.point[0]);
+        ASSERT_EQ(nsp.fitness, nsp.objective);
+    }
+    // Shares u, 2u/3, u/3 of the way from -1 to 4 must lie below 0.3: 0.3, then 0.45, then 0.9.
+    EXPECT_NEAR(repaired / 200.0, 1.0 - 0.7 * 0.55 * 0.1, 0.05);
+}
+
+TEST(Accounts, count_a_failure_row_as_an_iteration_and_watch_the_stall_clock)
+{
+    NonSmooth model = one_row('L', 0.0);
+    model.variables = 2;
+    model.lb = {-1, -1};
+    model.ub = {1, 1};
+    set_clock(5000);
+    Engine engine(model);
+    NspEngine& nsp = engine.nsp;
+    engine.run.run.control->iterlimit = 100;
+    engine.add({0.0, 0.0}, 1.0);
+    nsp.iterations = 0;
+    nsp.failuresinrow = 0;
+    nsp.stallseconds = 3;
+    nsp.lastimprovetick = 5000;
+    for (const int iterations : {0, 0, 1, 1, 1, 2}) {
+        EXPECT_EQ(nsp_account(nsp, CANDIDATE_REFUSED, 0.0), CANDIDATE_REFUSED);
+        EXPECT_EQ(nsp.iterations, iterations);
+    }
+    set_clock(8999);
+    EXPECT_EQ(nsp_account(nsp, CANDIDATE_REFUSED, 0.0), CANDIDATE_REFUSED) << "3 whole seconds";
+    set_clock(9000);
+    EXPECT_EQ(nsp_account(nsp, CANDIDATE_REFUSED, 0.0), ENGINE_STALLED) << "more than 3";
+    EXPECT_EQ(nsp_account(nsp, CANDIDATE_STANDS, 0.0), CANDIDATE_STANDS);
+    EXPECT_EQ(nsp.iterations, 3);
+    EXPECT_EQ(nsp.lastimprovetick, 9000u) << "the first reference counts as an improvement";
+    set_clock(12000);
+    EXPECT_EQ(nsp_account(nsp, CANDIDATE_STANDS, 0.0), CANDIDATE_STANDS);
+    EXPECT_EQ(nsp.lastimprovetick, 9000u) << "the best fitness is what it was";
+    engine.add({0.5, 0.0}, 0.5);
+    EXPECT_EQ(nsp_account(nsp, CANDIDATE_STANDS, 0.0), CANDIDATE_STANDS);
+    EXPECT_EQ(nsp.lastimprovetick, 12000u);
+
+    // The clock steps with each of its readings; what a report takes is no time without improvement.
+    set_clock(20000, 100);
+    nsp.lastimprovetick = 18000;
+    EXPECT_EQ(nsp_account(nsp, CANDIDATE_STANDS, 0.0), CANDIDATE_STANDS);
+    EXPECT_GT(nsp.lastimprovetick, 18000u);
+    release_clock();
+}
+
+}  // namespace
+}  // namespace tarnwick
