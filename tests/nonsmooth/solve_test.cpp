@@ -143,16 +143,13 @@ TEST(NonSmoothSolve, evaluates_nothing_outside_the_box_and_integers_at_whole_num
 {
     for (int k = 0; k < 30; ++k) {
         const Ticking clock(1000 + 977U * static_cast<std::uint32_t>(k));
-        NonSmooth model{
-            .variables = 3,
-            .functions = sum_of_distances,
-            .senses = {'L'           },
-            .rhs = {               4.0           },
-            .lb = {                 -0.1 * k,            0.3, -7},
-            .ub = {             0.1 + 0.7 * k,             1.1, 7},
-            .start = { 0.1 + 0.03 * k, 0.7, 0.7 + 0.1 * k},
-            .ctype = {         'C',           'C', 'I'}
-        };
+        NonSmooth model{.variables = 3, .functions = sum_of_distances};
+        model.senses = {'L'};
+        model.rhs = {4.0};
+        model.lb = {-0.1 * k, 0.3, -7};
+        model.ub = {0.1 + 0.7 * k, 1.1, 7};
+        model.start = {0.1 + 0.03 * k, 0.7, 0.7 + 0.1 * k};
+        model.ctype = {'C', 'C', 'I'};
         HostModel host(model);
         host.keeps_points = true;
         setintparam(host.lp, PARAM_NSPSTALLTIME, 0);
