@@ -19,7 +19,12 @@ static double price(double lot)
 {
     static const struct {
         double from, price;
-    } table[] = {{200, 8.7}, {120, 9.1}, {50, 9.6}, {0, 10.0}};
+    } table[] = {
+        {200, 8.7 },
+        {120, 9.1 },
+        {50,  9.6 },
+        {0,   10.0}
+    };
     int k = 0;
     while (lot < table[k].from) ++k;
     return table[k].price;
@@ -72,8 +77,8 @@ static int32_t TARNWICK_CALL show_progress(Problem* lp, int32_t event)
 
 int main(void)
 {
-    double gradient[2], derivative[2];          /* buffers that a non-smooth model leaves alone */
-    double service[] = {0.97};                  /* sell at least so much of what is asked for */
+    double gradient[2], derivative[2]; /* buffers that a non-smooth model leaves alone */
+    double service[] = {0.97};         /* sell at least so much of what is asked for */
     char sense[] = {'G'}, whole[] = {'I', 'I'};
     double rule[] = {100, 60}, lower[] = {0, 1}, upper[] = {300, 400};
 
