@@ -489,7 +489,8 @@ enum {
 /* Searches an infeasible model for rows and bounds that contradict each other. With PARAM_IISMETHOD
  * at 0 none of them can be spared; at 1 the bounds are not tested, and every finite one is listed.
  * Integer restrictions and the objective take no part. The status is 1, or 101 for integer models,
- * when the search came to its end. Earlier results stay. Each row takes a variable of the engine's more
+ * when the search came to its end, but 65 for an indefinite quadratic objective, and the subset then
+ * counts as not found. Earlier results stay. Each row takes a variable of the engine's more
  * and each equation two; beyond 2000 with the model's the status is 201.
  *
  *   1 lp            a model with at least one row

@@ -17,6 +17,8 @@ namespace {
 
 using Indices = std::vector<std::int32_t>;
 
+constexpr double INFINITE_BOUND = 1e30;
+
 std::size_t place(std::int32_t index) { return static_cast<std::size_t>(index); }
 
 // ---- the search
@@ -88,9 +90,60 @@ void search(const Model& model, Subset& subset, Messages& messages)
     subset.status = last_status(model);
     if (numrows == 0) return;
     getiis(model.lp.get(), &outcome, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr);
-    if (outcome != IIS_FOUND) return;
+    // Of an indefinite objective, which takes no part, the status can't say more than 65.
+    if (outcome != IIS_FOUND && subset.status != STAT_CONVERGED) return;
     subset.outcome = Outcome::found;
     read_subset(model, numrows, numcols, subset);
+}
+
+// The rows of the subset, over all columns.
+ColumnMatrix matrix_of(const Model& model, const Indices& rows)
+{
+    ColumnMatrix part;
+    for (std::size_t j = 0; j < model.matrix.counts.size(); ++j) {
+        part.begins.push_back(part.entries);
+        for (std::int32_t k = 0; k < model.matrix.counts[j]; ++k) {
+            const std::size_t entry = place(model.matrix.begins[j] + k);
+            const auto row =
+                std::lower_bound(rows.begin(), rows.end(), model.matrix.indices[entry]);
+            if (row == rows.end() || *row != model.matrix.indices[entry]) continue;
+            part.indices.push_back(static_cast<std::int32_t>(row - rows.begin()));
+            part.values.push_back(model.matrix.values[entry]);
+            ++part.entries;
+        }
+        part.counts.push_back(part.entries - part.begins.back());
+    }
+    part.indices.push_back(0);
+    part.values.push_back(0.0);
+    return part;
+}
+
+// A long search can be misled by rounding. The subset alone is a small model, without an objective
+// and without elastic variables: that it is infeasible is a second opinion.
+bool is_confirmed(const Model& model, const Subset& subset, const std::vector<Setting>& settings)
+{
+    Model part;
+    part.matrix = matrix_of(model, subset.rows);
+    part.obj.assign(model.obj.size(), 0.0);
+    part.lb.assign(model.lb.size(), -INFINITE_BOUND);
+    part.ub.assign(model.ub.size(), INFINITE_BOUND);
+    for (const auto& [j, has_lower, has_upper] : subset.bounds) {
+        if (has_lower) part.lb[place(j)] = model.lb[place(j)];
+        if (has_upper) part.ub[place(j)] = model.ub[place(j)];
+    }
+    for (const std::int32_t i : subset.rows) {
+        part.sense.push_back(model.sense[place(i)]);
+        part.rhs.push_back(model.rhs[place(i)]);
+    }
+    ColumnMatrix& a = part.matrix;
+    part.lp = Handle(loadlp(nullptr, static_cast<std::int32_t>(part.obj.size()),
+                            static_cast<std::int32_t>(part.rhs.size()), 1, part.obj.data(),
+                            part.rhs.data(), part.sense.data(), a.begins.data(), a.counts.data(),
+                            a.indices.data(), a.values.data(), part.lb.data(), part.ub.data(),
+                            nullptr, 0, 0, a.entries));
+    if (!part.lp.get()) return false;
+    for (const Setting& setting : settings) apply(setting, part.lp.get());
+    return optimize(part.lp.get()) == 0 && last_status(part) == STAT_INFEASIBLE;
 }
 
 // What is known without a search: a feasible point, or bounds that leave none. False: neither.
@@ -109,10 +162,12 @@ bool is_settled(const Model& model, Subset& subset, Messages& messages)
 
 }  // namespace
 
-Subset find_subset(const Model& model, bool rows_only, Messages& messages)
+Subset find_subset(const Model& model, const std::vector<Setting>& settings, bool rows_only,
+                   Messages& messages)
 {
     Subset subset;
     subset.has_bounds_tested = !rows_only;
+    for (const Setting& setting : settings) apply(setting, model.lp.get());
     setintparam(model.lp.get(), PARAM_RELAXINT, 1);
     setintparam(model.lp.get(), PARAM_IISMETHOD, rows_only ? 1 : 0);
     messages.clear();
@@ -122,6 +177,8 @@ Subset find_subset(const Model& model, bool rows_only, Messages& messages)
     if (!is_settled(model, subset, messages)) {
         search(model, subset, messages);
         subset.iterations += all_iterations(model.lp.get());
+        if (subset.outcome == Outcome::found && !is_confirmed(model, subset, settings))
+            subset.outcome = Outcome::not_confirmed;
     }
     subset.seconds =
         std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -132,14 +189,14 @@ Subset find_subset(const Model& model, bool rows_only, Messages& messages)
 
 namespace {
 
-constexpr double INFINITE_BOUND = 1e30;
-
 std::string outcome_text(const Subset& subset)
 {
     switch (subset.outcome) {
     case Outcome::feasible: return "the model has a feasible point";
     case Outcome::not_found:
         return fmt::format("the search ended early: {}", status_of(subset.status).text);
+    case Outcome::not_confirmed:
+        return "the search was misled by rounding: these rows and bounds may have a common point";
     case Outcome::found: break;
     }
     if (!subset.has_bounds_tested && !subset.rows.empty())
@@ -152,6 +209,7 @@ const char* outcome_name(Outcome outcome)
     switch (outcome) {
     case Outcome::found: return "found";
     case Outcome::feasible: return "feasible";
+    case Outcome::not_confirmed: return "not_confirmed";
     case Outcome::not_found: break;
     }
     return "not_found";

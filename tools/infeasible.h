@@ -6,11 +6,12 @@
 
 #include "tools/messages.h"
 #include "tools/model.h"
+#include "tools/parameters.h"
 #include "tools/report.h"
 
 namespace tarnwick::tool {
 
-enum class Outcome { found, feasible, not_found };
+enum class Outcome { found, feasible, not_confirmed, not_found };
 
 struct SubsetBound {
     std::int32_t column;  // from 0
@@ -28,8 +29,10 @@ struct Subset {
     double seconds = 0.0;
 };
 
-// Solves a model that has variables and, if it turns out to be infeasible, searches for a subset.
-Subset find_subset(const Model& model, bool rows_only, Messages& messages);
+// Solves a model that has variables and, if it turns out to be infeasible, searches for a subset, which
+// is then solved as a model of its own.
+Subset find_subset(const Model& model, const std::vector<Setting>& settings, bool rows_only,
+                   Messages& messages);
 Report subset_report(const Model& model, const Subset& subset);
 
 // Writes the subset that was found last as a model file. Throws Failure.

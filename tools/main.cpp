@@ -53,10 +53,9 @@ int run_iis(const Arguments& arguments, Messages& messages)
     const Model model = read_model(arguments.file, messages);
     if (model.numcols == 0)
         throw Failure(fmt::format("{}: the model has no variables", arguments.file));
-    for (const Setting& setting : arguments.settings) apply(setting, model.lp.get());
     require_other_file(arguments.output, arguments.file);
 
-    const Subset subset = find_subset(model, arguments.rows_only, messages);
+    const Subset subset = find_subset(model, arguments.settings, arguments.rows_only, messages);
     const bool is_found = subset.outcome == Outcome::found;
     if (is_found && !arguments.output.empty()) write_subset(model, arguments.output, messages);
     Output("", "").write(written(subset_report(model, subset), arguments.format));

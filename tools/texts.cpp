@@ -46,7 +46,8 @@ constexpr CommandText IIS = {
     "continuous. The model is solved first, and the search is made if it is not feasible. It "
     "needs room for a variable more for each row, two for an equation: at most 2000 in all. Where "
     "a "
-    "check fails, --set FEASTOL=1e-6 may help. An interrupt (Ctrl-C) ends it without a subset.",
+    "check fails, --rows-only or --set FEASTOL=1e-6 may help. An interrupt (Ctrl-C) ends it "
+    "without a subset.",
     IIS_OPTIONS};
 
 constexpr CommandText REWRITE = {
@@ -66,7 +67,7 @@ constexpr const CommandText* COMMANDS[] = {&SOLVE, &INFO, &IIS, &REWRITE, &PARAM
 constexpr ItemText EXITS[] = {
     {"0", "An optimum: status 1, 101 or 102. For iis a subset, for rewrite a file, else a report."},
     {"1", "The run ended without a proved optimum. Status 65, converged, is one of these. For iis: the "
-          "model is feasible, or the search was stopped."},
+          "model is feasible, the search was stopped, or its subset was not confirmed."},
     {"2", "Bad usage, a file that can't be read or is no model, or a file that can't be "
           "written."},
 };
@@ -93,7 +94,7 @@ constexpr ItemText SECTIONS[] = {
     {"row_kinds",        "From info: less_or_equal, equal, greater_or_equal, empty."},
     {"bound_kinds",      "From info: none, lower, upper, both, fixed, crossed."},
     {"variable_kinds",   "From info: continuous, binary, integer, in_objective, without_row."},
-    {"subset",           "From iis: outcome (found, feasible or not_found), outcome_text, rows, bounds, "
+    {"subset",           "From iis: outcome (found, feasible, not_confirmed or not_found), outcome_text, rows, bounds, "
                          "iterations, seconds."},
     {"subset_rows",      "From iis, by name: row, the text of it."},
     {"subset_bounds",    "From iis, by name: lower, upper, as far as they belong to the subset."},

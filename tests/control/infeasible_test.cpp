@@ -187,6 +187,35 @@ TEST(InfeasibleSubset, an_integer_model_is_searched_as_its_relaxation)
     EXPECT_EQ(loaded.lp->status, STAT_MIP_OPTIMAL);
 }
 
+TEST(InfeasibleSubset, a_quadratic_objective_takes_no_part_but_in_the_status)
+{
+    struct {
+        const char* what;
+        double square;  // x2 in the objective, minimised
+        std::int32_t status, found;
+    } const cases[] = {
+        {"convex",     2.0,  STAT_OPTIMAL,   IIS_FOUND    },
+        {"indefinite", -2.0, STAT_CONVERGED, IIS_NOT_FOUND},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const LoadedModel loaded({
+            {{{1, 1}, 'L', 9}, {{1, 0}, 'L', -1}},
+            {1,                1                },
+            {0,                -4               },
+            {7,                4                }
+        });
+        double q[] = {1.0, 0.0, 0.0, c.square}, start[] = {0.0, 0.0};
+        loadquad(loaded.lp, nullptr, nullptr, nullptr, q, 4, start);
+        const Subset s = find(loaded.lp);
+        EXPECT_EQ(loaded.lp->status, c.status);
+        EXPECT_EQ(s.status, c.found);
+        EXPECT_EQ(s.rows, Indices{1});
+        EXPECT_EQ(s.columns, Indices{0});
+        EXPECT_EQ(s.colstand, Indices{0});
+    }
+}
+
 TEST(InfeasibleSubset, memory_may_end_at_any_allocation)
 {
     const LoadedModel loaded({
