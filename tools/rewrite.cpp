@@ -21,13 +21,25 @@ bool is_rounded(double value)
     return value != std::round(value * MILLION) / MILLION;
 }
 
+// A product of two variables lies in Q in two halves and is written as one number.
+std::ptrdiff_t count_rounded_products(const ColumnMatrix& q)
+{
+    std::ptrdiff_t count = 0;
+    for (std::size_t j = 0; j < q.counts.size(); ++j)
+        for (std::int32_t k = 0; k < q.counts[j]; ++k) {
+            const auto entry = static_cast<std::size_t>(q.begins[j] + k);
+            const auto i = static_cast<std::size_t>(q.indices[entry]);
+            if (i <= j && is_rounded((i == j ? 1.0 : 2.0) * q.values[entry])) ++count;
+        }
+    return count;
+}
+
 }  // namespace
 
 std::size_t count_rounded(const Model& model)
 {
-    std::ptrdiff_t count = 0;
-    for (const auto* numbers : {&model.obj, &model.rhs, &model.lb, &model.ub, &model.matrix.values,
-                                &model.quadratic.values})
+    std::ptrdiff_t count = count_rounded_products(model.quadratic);
+    for (const auto* numbers : {&model.obj, &model.rhs, &model.lb, &model.ub, &model.matrix.values})
         count += std::count_if(numbers->begin(), numbers->end(), is_rounded);
     return static_cast<std::size_t>(count);
 }

@@ -121,9 +121,10 @@ TEST(ModelFile, bounds_that_cross_contradict_each_other)
 TEST(ModelFile, rewriting_keeps_the_model_and_counts_what_it_rounds)
 {
     const Scratch scratch;
-    const std::string file = scratch.write(
-        "model.txt", "Maximize\n x2 + [ - x1^2 ]\nSubject To\n c2: 0.1 x1 + 0.1234567 x2 <= 2e10\n"
-                     "Bounds\n 0 <= x1 <= 1e-9\nIntegers\n x2\nEnd\n");
+    const std::string file =
+        scratch.write("model.txt", "Maximize\n x2 + [ - x1^2 + 0.000001 x1*x2 ]\nSubject To\n c2: "
+                                   "0.1 x1 + 0.1234567 x2 <= 2e10\n"
+                                   "Bounds\n 0 <= x1 <= 1e-9\nIntegers\n x2\nEnd\n");
     const std::string first = scratch.path("first"), second = scratch.path("second");
     const ToolRun run = run_tool("rewrite " + file + ' ' + first);
     EXPECT_EQ(run.status, 0);
@@ -132,7 +133,8 @@ TEST(ModelFile, rewriting_keeps_the_model_and_counts_what_it_rounds)
     EXPECT_EQ(content_of(first), content_of(second));
     EXPECT_EQ(
         content_of(first),
-        "Maximize QP/MIP\r\n  obj: x2\r\n       + [  - x1^2\r\n       ]\r\nSubject To\r\n"
+        "Maximize QP/MIP\r\n  obj: x2\r\n       + [  - x1^2 + 0.000001 x1*x2\r\n       "
+        "]\r\nSubject To\r\n"
         "  c1:   = 0.0\r\n  c2:  0.1 x1 + 0.123457 x2 <= 20000000000.0\r\nBounds\r\n"
         "  0.0 <= x1 <= 0.0\r\n  -infinity <= x2 <= +infinity\r\nIntegers\r\n  x2\r\nEnd\r\n");
 }
