@@ -301,6 +301,7 @@ void nlp_run(NlpEngine& nlp) noexcept
     if (nlp.status != ENGINE_OPTIMAL || nlp.iterations != 0 || nlp.finalcode != ENGINE_INFEASIBLE)
         return;
     nlp_perturb_start(nlp);
+    nlp.finalcode = ENGINE_OPTIMAL;  // the verdict on the first start is none on this one
     nlp_main_loop(nlp);
 }
 
