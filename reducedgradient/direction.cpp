@@ -193,6 +193,13 @@ void nlp_add_candidates(NlpEngine& nlp) noexcept
     }
 }
 
+// What limits no step must not move either, however long the step is.
+void clear_negligible(NlpEngine& nlp) noexcept
+{
+    for (int k = 1; k <= nlp.nsuper; ++k)
+        if (std::fabs(nlp.direction[k]) < TINY) nlp.direction[k] = 0.0;
+}
+
 }  // namespace
 
 void nlp_direction(NlpEngine& nlp) noexcept
@@ -212,6 +219,7 @@ void nlp_direction(NlpEngine& nlp) noexcept
         if (nlp.quasinewton) nlp_factor_reset(nlp);
         nlp.forcedescent = false;
     }
+    clear_negligible(nlp);
     for (int k = 1; k <= nlp.variables; ++k) nlp.prevredgrad[k] = nlp.redgrad[k];
     nlp.nodirection = false;
 }

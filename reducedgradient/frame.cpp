@@ -215,7 +215,6 @@ void take_start(NlpEngine& nlp, SolveRun& run) noexcept
 
 EngineResult solve(NlpEngine& nlp) noexcept
 {
-    if (nlp.scaling && !nlp_scale_model(nlp)) return nlp.status;
     nlp_run(nlp);
     nlp_unscale_model(nlp);
     const EngineResult code = nlp.status != ENGINE_OPTIMAL ? nlp.status : nlp.finalcode;
@@ -236,12 +235,15 @@ void attach_point(const NlpEngine& nlp, SolveRun& run) noexcept
 std::int32_t nlpsolve(SolveRun& run) noexcept
 {
     NlpEngine& nlp = *engine_of(run);
-    const bool may_go_on = nlp.status == ENGINE_OPTIMAL;
     take_start(nlp, run);
-    run.result = may_go_on ? solve(nlp) : nlp.status;
+    if (nlp.status != ENGINE_OPTIMAL || (nlp.scaling && !nlp_scale_model(nlp))) {
+        run.result = nlp.status;
+        return 0;
+    }
+    run.result = solve(nlp);
     run.objective = nlp.rowvalue[nlp.objrow];
     if (is_solution(run.result) && (run.flags & RUN_REPEATED) != 0) attach_point(nlp, run);
-    return may_go_on ? 1 : 0;
+    return 1;
 }
 
 // ---- the end

@@ -28,6 +28,8 @@ namespace {
 
 // Exchanges in a row that end a run, unless half of the variables are more.
 constexpr int FEWEST_EXCHANGES = 15;
+// Passes in a row within the band of convergence that end phase 1 where it isn't stationary.
+constexpr int PHASE1_STALL_LIMIT = 50;
 
 // ---- preparation
 
@@ -132,14 +134,19 @@ struct Accounts {
 // True: the objective has stayed within its band, a share of the progress made so far, for some
 // passes. The reference moves only with an objective that leaves the band. A basis that goes towards
 // a singular one keeps the steps short and looks like convergence, so that a pass without progress has
-// the next one choose its basis afresh.
+// the next one choose its basis afresh. While rows are violated a rest would be a proof of
+// infeasibility, for which the violations must be stationary as well, or long at rest.
 bool has_converged(NlpEngine& nlp, Accounts& accounts) noexcept
 {
     const double now = nlp.rowvalue[nlp.objrow], start = nlp.startrowvalue[nlp.objrow];
     const double reference = accounts.reference;
     const double band = std::fabs((reference - start) * nlp.convergence);
     nlp.rebuildnext = reference != INFINITE_BOUND && band >= std::fabs(now - reference);
-    if (nlp.rebuildnext) return ++accounts.stalled >= STALL_LIMIT;
+    if (nlp.rebuildnext) {
+        ++accounts.stalled;
+        const bool is_proof = nlp.ninfeasible == 0 || multipliers_hold(nlp);
+        return accounts.stalled >= (is_proof ? STALL_LIMIT : PHASE1_STALL_LIMIT);
+    }
     accounts.stalled = 0;
     accounts.reference = now;
     return false;
