@@ -14,6 +14,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "reducedgradient/basis.h"
 #include "reducedgradient/direction.h"
@@ -152,6 +153,15 @@ bool has_converged(NlpEngine& nlp, Accounts& accounts) noexcept
     return false;
 }
 
+// False: the point is so far out that rounding alone moves the binding rows by more than feastol, and
+// that the objective rests proves nothing.
+bool is_within_reach(const NlpEngine& nlp) noexcept
+{
+    double size = 0.0;
+    for (int j = 1; j <= nlp.variables; ++j) size = std::max(size, std::fabs(nlp.point[j]));
+    return nlp.nbasic == 0 || size * std::numeric_limits<double>::epsilon() < nlp.feastol;
+}
+
 // ---- the passes
 
 // What becomes of a pass. ended: finalcode is set. failed: the status is.
@@ -221,7 +231,8 @@ Pass choose_direction(NlpEngine& nlp, Accounts& accounts) noexcept
     nlp_reduced_gradient(nlp);
     if (nlp_poll_stop(nlp) != ENGINE_OPTIMAL) return end(nlp, nlp.status);
     if (nlp_optimal(nlp)) return end(nlp, ENGINE_OPTIMAL);
-    if (!nlp.degenerate && has_converged(nlp, accounts)) return end(nlp, ENGINE_CONVERGED);
+    if (!nlp.degenerate && has_converged(nlp, accounts))
+        return end(nlp, is_within_reach(nlp) ? ENGINE_CONVERGED : ENGINE_STALLED);
 
     nlp_direction(nlp);
     if (nlp.nodirection) return end(nlp, verdict_without_direction(nlp));

@@ -18,7 +18,8 @@ namespace {
 constexpr double DEGENERATE_STEP = 1e-6;
 
 // How far row r is outside its bounds, if that is beyond feastol, else 0: negative below the lower
-// bound, positive above the upper one.
+// bound, positive above the upper one. Count, sum and gradient of the violations go by this one test,
+// so that rounding can't leave a row in the sum that has no gradient.
 double violation(const NlpEngine& nlp, int r) noexcept
 {
     const int s = nlp.variables + r;
@@ -55,12 +56,12 @@ void write_phase1_gradient(NlpEngine& nlp) noexcept
     const Vec<double> sum = nlp.work1;
     for (int j = 1; j <= n; ++j) sum[j] = 0.0;
     for (int k = 1; k <= nlp.ninactive; ++k) {
-        const int r = nlp.inactive[k], s = n + r;
-        const double g = nlp.rowvalue[r];
+        const int r = nlp.inactive[k];
+        const double excess = violation(nlp, r);
         const float* const row = nlp.jacobian[r];
-        if (g < nlp.lower[s] - nlp.feastol) {
+        if (excess < 0.0) {
             for (int j = 1; j <= n; ++j) sum[j] -= row[j];
-        } else if (g > nlp.upper[s] + nlp.feastol) {
+        } else if (excess > 0.0) {
             for (int j = 1; j <= n; ++j) sum[j] += row[j];
         }
     }
