@@ -8,6 +8,7 @@
 #include "reducedgradient/reduction.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 
 namespace tarnwick {
@@ -146,13 +147,33 @@ void change_along_direction(const NlpEngine& nlp, Vec<double> change) noexcept
     }
 }
 
+namespace {
+
+// The sizes of the terms of change_along_direction.
+void size_along_direction(const NlpEngine& nlp, Vec<double> size) noexcept
+{
+    for (int i = 1; i <= nlp.nbasic; ++i) {
+        size[i] = 0.0;
+        for (int k = 1; k <= nlp.nsuper; ++k)
+            size[i] += std::fabs(column_entry(nlp, i, nlp.nonbasic[k]) * nlp.direction[k]);
+    }
+}
+
+}  // namespace
+
+// What is left of terms that cancel but for the rounding of the Jacobian is no slope: it would block
+// the direction, and an exchange would divide by it.
 void nlp_tangent(NlpEngine& nlp) noexcept
 {
     change_along_direction(nlp, nlp.work1);
+    size_along_direction(nlp, nlp.work2);
     for (int i = 1; i <= nlp.nbasic; ++i) {
-        double sum = 0.0;
-        for (int k = 1; k <= nlp.nbasic; ++k) sum += nlp.basisinverse[i][k] * nlp.work1[k];
-        nlp.tangent[i] = -sum;
+        double sum = 0.0, size = 0.0;
+        for (int k = 1; k <= nlp.nbasic; ++k) {
+            sum += nlp.basisinverse[i][k] * nlp.work1[k];
+            size += std::fabs(nlp.basisinverse[i][k]) * nlp.work2[k];
+        }
+        nlp.tangent[i] = std::fabs(sum) <= FLT_EPSILON * size ? 0.0 : -sum;
     }
 }
 
