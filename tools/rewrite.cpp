@@ -27,7 +27,7 @@ std::ptrdiff_t count_rounded_products(const ColumnMatrix& q)
     std::ptrdiff_t count = 0;
     for (std::size_t j = 0; j < q.counts.size(); ++j)
         for (std::int32_t k = 0; k < q.counts[j]; ++k) {
-            const auto entry = static_cast<std::size_t>(q.begins[j] + k);
+            const auto entry = static_cast<std::size_t>(q.begins[j]) + static_cast<std::size_t>(k);
             const auto i = static_cast<std::size_t>(q.indices[entry]);
             if (i <= j && is_rounded((i == j ? 1.0 : 2.0) * q.values[entry])) ++count;
         }
