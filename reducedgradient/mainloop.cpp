@@ -188,7 +188,7 @@ bool begin_loop(NlpEngine& nlp) noexcept
 {
     for (int j = 1; j <= nlp.variables; ++j) nlp.lastpoint[j] = nlp.startpoint[j];
     nlp.iterations = 0;
-    nlp.jacobianvalid = nlp.previnterior = false;
+    nlp.jacobianvalid = nlp.previnterior = nlp.hasmoved = false;
     nlp_eval(nlp, nlp.rowvalue, nlp.startpoint);
     if (nlp.status != ENGINE_OPTIMAL) return false;
     if (!are_usable(nlp, nlp.rowvalue) || !std::isfinite(nlp.rowvalue[nlp.objrow])) {
@@ -263,10 +263,19 @@ void drop_superbasics_at_bounds(NlpEngine& nlp) noexcept
     }
 }
 
+bool has_moved(const NlpEngine& nlp) noexcept
+{
+    if (nlp.beststep == 0.0) return false;
+    for (int k = 1; k <= nlp.nsuper; ++k)
+        if (nlp.direction[k] != 0.0) return true;
+    return false;
+}
+
 Pass follow_direction(NlpEngine& nlp) noexcept
 {
     nlp_line_search(nlp);
     if (nlp.status != ENGINE_OPTIMAL) return Pass::failed;
+    nlp.hasmoved = nlp.hasmoved || has_moved(nlp);
     for (int j = 1; j <= nlp.variables; ++j)
         if (std::fabs(nlp.point[j]) < TINY) nlp.point[j] = 0.0;
     ++nlp.iterations;
@@ -316,8 +325,7 @@ void nlp_run(NlpEngine& nlp) noexcept
     if (nlp.finalcode != ENGINE_OPTIMAL) return;
 
     nlp_main_loop(nlp);
-    if (nlp.status != ENGINE_OPTIMAL || nlp.iterations != 0 || nlp.finalcode != ENGINE_INFEASIBLE)
-        return;
+    if (nlp.status != ENGINE_OPTIMAL || nlp.hasmoved || nlp.finalcode != ENGINE_INFEASIBLE) return;
     nlp_perturb_start(nlp);
     nlp.finalcode = ENGINE_OPTIMAL;  // the verdict on the first start is none on this one
     nlp_main_loop(nlp);

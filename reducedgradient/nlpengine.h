@@ -97,6 +97,7 @@ struct NlpEngine {
     Vec<double> startrowvalue;   // row
     Vec<double> lastpoint;       // variable, where optimality was tested before
     int iterations = 0;          // line searches
+    bool hasmoved = false;       // one of them has led away from the start
     int ninfeasible = 0;         // inactive rows violated beyond feastol; nonzero: phase 1
     double trueobjective = 0.0;  // while [m] holds the sum
 
