@@ -61,7 +61,7 @@ TEST(Mutation, changes_one_variable_by_its_three_ways_and_never_the_last)
         const double parent = x[3];
         ++used[std::lround(parent * 100.0) - 1];
         int changes = 0;
-        for (int j = 0; j < 3; ++j) {
+        for (std::size_t j = 0; j < 3; ++j) {
             if (x[j] == parent) continue;
             ++changes;
             ++moved[j];

@@ -391,7 +391,7 @@ TEST(NonSmoothCallbacks, may_solve_another_model)
 TEST(NonSmoothSolve, is_repeated_to_the_last_bit_under_the_same_clock)
 {
     std::vector<std::vector<Reals>> paths;
-    for (const std::uint32_t start : {7000, 7000, 7001}) {
+    for (const std::uint32_t start : {7000U, 7000U, 7001U}) {
         set_clock(start);
         NonSmooth model{.variables = 3, .functions = sum_of_distances};
         model.senses = {'L'};
