@@ -66,7 +66,8 @@ TEST(Certificate, is_asked_for_after_small_entries_have_been_tried)
         setintparam(loaded.lp, PARAM_SCALING, -1);
         const Answer answer = solve(loaded.lp);
         EXPECT_EQ(answer.status, c.status);
-        if (c.status == STAT_OPTIMAL) EXPECT_NEAR(answer.objval, c.objective, 1e-6);
+        if (c.status != STAT_OPTIMAL) continue;
+        EXPECT_NEAR(answer.objval, c.objective, 1e-6);
     }
 }
 
