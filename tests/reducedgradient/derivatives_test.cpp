@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <utility>
 
 #include "tests/reducedgradient/smoothmodel.h"
 #include "tests/support/messages.h"
@@ -137,40 +138,87 @@ TEST(SmoothDerivatives, of_constant_columns_are_spared_after_four_sweeps)
     EXPECT_LT(spared, all * 6 / 10);
 }
 
-// Linear as far as the path goes, until the last of its points.
+// Linear as far as the path goes, until the last of its points. The check stays between the bounds.
 TEST(SmoothDerivatives, of_columns_that_only_seemed_constant_are_found_out)
 {
-    long call = 0;
-    SmoothHost host({
-        .name = "bends at last",
-        .variables = 2,
-        .functions =
-            [&call](const Reals& x, double& f, Reals&) {
-                f = 100 * std::pow(x[1] - 3, 4) + x[0];
-                if (x[0] < 1e-9) f += 1e-3 * std::pow(x[0], 2);
-                ++call;
-                return true;
-                                                        },
-        .start = {                                                              5, 0},
-        .lb = {  0, -9},
-        .ub = { 9, 9}
-    });
-    setintparam(host.lp, PARAM_NLPRECOGLIN, 1);
-    setintparam(host.lp, PARAM_SCALING, -1);
-    EXPECT_NE(host.solve().status, STAT_MODELCHECK);
-    const long all = call;
+    for (const std::int32_t scaling : {-1, 0}) {
+        SCOPED_TRACE(scaling);
+        long call = 0, bent_from = 1000000;
+        SmoothHost host({
+            .name = "bends at last",
+            .variables = 3,
+            .functions =
+                [&](const Reals& x, double& f, Reals& g) {
+                    f = 100 * std::pow(x[1] - 3, 4) + x[0] - 7 * x[2];
+                    g[0] = 40 * x[0] + 0.001 * x[2];
+                    if (++call >= bent_from) f += x[0];
+                    EXPECT_TRUE(0 <= x[0] && x[2] <= 4) << x[0] << " " << x[2];
+                    return true;
+                                                          },
+            .senses = "L",
+            .rhs = {                                                                900},
+            .start = {  5,  0, 2},
+            .lb = { 0, -9, -9},
+            .ub = {  9,  9, 4},
+        });
+        setintparam(host.lp, PARAM_NLPRECOGLIN, 1);
+        setintparam(host.lp, PARAM_SCALING, scaling);
+        const Answer answer = host.solve();
+        EXPECT_TRUE(answer.status == STAT_OPTIMAL || answer.status == STAT_CONVERGED)
+            << answer.status;
 
-    // The same with another slope in the very last calls, those of the check.
-    SmoothHost bent(host.model);
-    call = 0;
-    bent.model.functions = [&call, all](const Reals& x, double& f, Reals&) {
-        f = 100 * std::pow(x[1] - 3, 4) + x[0];
-        if (++call > all - 4) f += x[0];
-        return true;
-    };
-    setintparam(bent.lp, PARAM_NLPRECOGLIN, 1);
-    setintparam(bent.lp, PARAM_SCALING, -1);
-    EXPECT_EQ(bent.solve().status, STAT_MODELCHECK);
+        // The same with another slope in the very last calls, those of the check.
+        bent_from = std::exchange(call, 0) - 3;
+        EXPECT_EQ(host.solve().status, STAT_MODELCHECK);
+    }
+}
+
+// ---- failures
+
+// A point in scaled units would be near (1, 1), far from these bounds. The final call is at the point
+// itself, not beside it.
+TEST(SmoothDerivatives, that_fail_leave_the_point_in_the_units_of_the_host)
+{
+    for (const std::int32_t derivmode : {0, 1, 2, 3})
+        for (long bad = 1, call = 1; bad <= call; ++bad) {
+            SCOPED_TRACE(testing::Message() << "derivatives " << derivmode << ", call " << bad);
+            Reals failed, final;
+            const auto succeeds = [&](const Reals& x) {
+                EXPECT_TRUE(80 < x[0] && x[0] < 130 && 0.005 < x[1] && x[1] < 0.05)
+                    << x[0] << " " << x[1];
+                final = x;
+                if (++call == bad) failed = x;
+                return call != bad;
+            };
+            SmoothHost host({
+                .name = "far apart",
+                .variables = 2,
+                .functions =
+                    [&](const Reals& x, double& f, Reals& g) {
+                        f = std::pow(x[0] - 105, 2) + 1e4 * std::pow(x[1] - 0.02, 2);
+                        g[0] = x[0] + 1000 * x[1];
+                        return succeeds(x);
+                                                              },
+                .senses = "G",
+                .rhs = {100},
+                .start = {110, 0.03},
+                .lb = {90, 0.01},
+                .ub = {120, 0.04},
+                .derivatives =
+                    [&](const Reals& x, Reals& c, Reals& a) {
+                        c = {2 * (x[0] - 105), 2e4 * (x[1] - 0.02)};
+                        a = {1, 1000};
+                        return succeeds(x);
+                                                              }
+            });
+            call = 0;
+            setintparam(host.lp, PARAM_NLPDERIVMODE, derivmode);
+            const Answer answer = host.solve();
+            EXPECT_TRUE(call <= bad || answer.status == STAT_EVALERROR) << answer.status;
+            for (const auto& [column, point] : host.beside)
+                EXPECT_TRUE(point != failed || final != failed) << column;
+            if (HasFailure()) return;
+        }
 }
 
 }  // namespace

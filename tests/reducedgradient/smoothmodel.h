@@ -78,6 +78,7 @@ class SmoothHost {
     }
 
     Smooth model;
+    std::map<std::int32_t, Reals> beside;  // where each variable was last moved alone
     Problem* lp = nullptr;
     long evaluations = 0, jacobians = 0;
 
@@ -89,11 +90,12 @@ class SmoothHost {
     }
     static std::int32_t TARNWICK_CALL evaluate(Problem* lp, std::int32_t numcols,
                                                std::int32_t numrows, double* objval, double* lhs,
-                                               double* var, std::int32_t, std::int32_t)
+                                               double* var, std::int32_t, std::int32_t vartwo)
     {
         SmoothHost& host = *hosts().at(lp);
         Reals rows(static_cast<std::size_t>(numrows));
         ++host.evaluations;
+        if (vartwo >= 0) host.beside[vartwo].assign(var, var + numcols);
         const bool succeeds = host.model.functions(Reals(var, var + numcols), *objval, rows);
         std::copy(rows.begin(), rows.end(), lhs);
         return succeeds ? 0 : 1;
