@@ -1,11 +1,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <sstream>
 #include <string>
 
 #include "interface/problem.h"
+#include "tests/reducedgradient/smoothmodel.h"
 #include "tests/support/memory.h"
 #include "tests/support/messages.h"
 #include "tests/support/olearrays.h"
@@ -234,6 +236,111 @@ TEST(InfeasibleSubset, memory_may_end_at_any_allocation)
         const Subset s = stored_subset(loaded.lp, rows, columns);
         EXPECT_NE(s.status, failed ? IIS_FOUND : IIS_NOT_FOUND);
         EXPECT_TRUE(s.status != IIS_FOUND || s.rows == (Indices{0, 1}));
+    }
+}
+
+// ---- models known through functions
+
+// No point of the unit disc reaches the half-plane; the third row is spared, and so are all bounds.
+bool disc(const Reals& x, double& f, Reals& g)
+{
+    f = x[0];
+    g = {x[0] * x[0] + x[1] * x[1], x[0] + x[1], x[0] - x[1]};
+    return true;
+}
+
+// e + 1 is more than 2.
+bool exponential(const Reals& x, double& f, Reals& g)
+{
+    f = x[0];
+    g = {x[0] + x[1], std::exp(x[0]) + x[1]};
+    return true;
+}
+
+// x - y = 5 is out of reach of x^2 <= 4 and y >= 0.
+bool parabola(const Reals& x, double& f, Reals& g)
+{
+    f = x[1];
+    g = {x[0] * x[0], x[0] - x[1]};
+    return true;
+}
+
+// Never below 0, and there is no value for x < 0.
+bool root(const Reals& x, double& f, Reals& g)
+{
+    f = x[0];
+    g[0] = std::sqrt(x[0]) + x[1];
+    return x[0] >= 0.0;
+}
+
+// clang-format off
+const Smooth DISC{"disc", 2, disc, "LGL", {1, 3, 4}, {0.5, 1}, {-9, -INF}, {9, 7}};
+const Smooth EXPONENTIAL{"exponential", 2, exponential, "LL", {20, 2}, {1.5, 1.5}, {1, 1}, {5, 6}};
+const Smooth PARABOLA{"parabola", 2, parabola, "LE", {4, 5}, {1, 1}, {-8, 0}, {INF, INF}};
+const Smooth ROOT{"root", 2, root, "L", {-1}, {1, 1}, {0.25, 0}, {4, 9}};
+// clang-format on
+
+struct SmoothSubsetCase {
+    const char* what;
+    const Smooth* model;
+    std::int32_t method;
+    Subset want;
+};
+
+// clang-format off
+const SmoothSubsetCase SMOOTH_SUBSETS[] = {
+    {"two rows, no bound",           &DISC,        0, {0, 1, {0, 1},    {2, 0},    {},     {}    }},
+    {"rows alone are filtered",      &DISC,        1, {0, 1, {0, 1},    {2, 0},    {0, 1}, {1, 2}}},
+    {"a row and two lower bounds",   &EXPONENTIAL, 0, {0, 1, {1},       {2},       {0, 1}, {0, 0}}},
+    {"the same, bounds unfiltered",  &EXPONENTIAL, 1, {0, 1, {1},       {2},       {0, 1}, {1, 1}}},
+    {"an equation counts twice",     &PARABOLA,    0, {0, 1, {0, 1, 1}, {0, 0, 0}, {1},    {0}   }},
+    {"no value beyond a bound",      &ROOT,        0, {0, 1, {0},       {2},       {0, 1}, {0, 0}}},
+};
+// clang-format on
+
+TEST(InfeasibleSubset, of_smooth_models_is_found)
+{
+    for (const SmoothSubsetCase& c : SMOOTH_SUBSETS)
+        for (const std::int32_t scaling : {-1, 0}) {
+            SCOPED_TRACE(testing::Message() << c.what << ", scaling " << scaling);
+            const SmoothHost host(*c.model);
+            setintparam(host.lp, PARAM_SCALING, scaling);
+            const Subset got = find(host.lp, c.method);
+            EXPECT_EQ(got.status, c.want.status);
+            EXPECT_EQ(got.rows, c.want.rows);
+            EXPECT_EQ(got.rowstand, c.want.rowstand);
+            EXPECT_EQ(got.columns, c.want.columns);
+            EXPECT_EQ(got.colstand, c.want.colstand);
+        }
+}
+
+TEST(InfeasibleSubset, of_a_feasible_smooth_model_has_no_rows)
+{
+    Smooth model = DISC;
+    model.rhs[1] = 1.4;
+    const SmoothHost host(model);
+    const Subset s = find(host.lp);
+    EXPECT_TRUE(s.rows.empty());
+    EXPECT_EQ(s.columns, (Indices{0, 1}));
+}
+
+// One call fails, whichever: the proof is missing, or the subset holds more than it has to.
+TEST(InfeasibleSubset, of_a_smooth_model_survives_a_failed_call)
+{
+    const Indices proof{0, 1};
+    long last = 2;
+    for (long bad = 1, call = 0; bad <= last; ++bad, call = 0) {
+        SCOPED_TRACE(bad);
+        Smooth model = DISC;
+        model.functions = [&](const Reals& x, double& f, Reals& g) {
+            return disc(x, f, g) && ++call != bad;
+        };
+        const SmoothHost host(model);
+        const Subset s = find(host.lp);
+        last = std::min(call, 500L);
+        const bool is_proof =
+            std::includes(s.rows.begin(), s.rows.end(), proof.begin(), proof.end());
+        EXPECT_TRUE(s.status == IIS_FOUND ? is_proof : host.lp->status == STAT_EVALERROR);
     }
 }
 
