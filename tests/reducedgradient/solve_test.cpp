@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
+#include <utility>
 
+#include "interface/problem.h"
 #include "tests/reducedgradient/smoothmodel.h"
 #include "tests/support/memory.h"
 #include "tests/support/messages.h"
@@ -126,6 +129,7 @@ const struct Ending {
     {{.name = "crossed bounds", .functions = square, .lb = {1}, .ub = {0}}, STAT_INFEASIBLE, 0},
     {{.name = "no limit", .functions = falling}, STAT_UNBOUNDED, 0},
     {{.name = "no limit up to infinity", .functions = steep}, STAT_UNBOUNDED, 0},
+    {{.name = "no limit for an integer", .functions = falling, .start = {0.5}, .ctype = "I"}, STAT_UNBOUNDED, 0},
     {{.name = "a second start", .functions = valley, .senses = "G", .rhs = {2}, .lb = {0}, .ub = {10}},
      STAT_OPTIMAL, 1 + std::sqrt(2.0)},
     {{.name = "no start helps", .functions = wave, .senses = "G", .rhs = {2}}, STAT_INFEASIBLE, 0},
@@ -166,31 +170,61 @@ const Smooth HS43{
     .name = "HS 43", .variables = 4, .functions = rosen_suzuki, .senses = "LLL", .rhs = {8, 10, 5}
 };
 
-int calls, laststop;
-std::int32_t TARNWICK_CALL stop_at_last(Problem*, std::int32_t) { return ++calls == laststop; }
+int calls, laststop, stopanswer;
+std::int32_t TARNWICK_CALL stop_at_last(Problem*, std::int32_t)
+{
+    return ++calls == laststop ? stopanswer : 0;
+}
+
+bool rosenbrock(const Reals& x, double& f, Reals&)
+{
+    f = 100 * std::pow(x[1] - x[0] * x[0], 2) + std::pow(1 - x[0], 2);
+    return true;
+}
+
+// The run stands where the derivatives were last taken, each by moving one variable.
+void expect_stop(const SmoothHost& host, const Answer& answer)
+{
+    double f;
+    Reals g(host.model.senses.size());
+    host.model.functions(answer.x, f, g);
+    EXPECT_EQ(answer.status, STAT_USERSTOP_FEAS);
+    EXPECT_EQ(calls, laststop);
+    EXPECT_EQ(answer.objval, f);
+    for (std::size_t i = 0; i < g.size(); ++i) EXPECT_EQ(answer.slack[i], host.model.rhs[i] - g[i]);
+
+    for (const auto& [column, point] : host.beside)
+        for (std::size_t j = 0; j < point.size(); ++j)
+            EXPECT_NEAR(point[j], answer.x[j],
+                        static_cast<std::int32_t>(j) == column ? 1e-2 : 1e-12);
+}
 
 TEST(SmoothSolve, may_be_stopped_at_any_report)
 {
-    SmoothHost host(HS43);
-    setlpcallbackfunc(host.lp, stop_at_last);
-    std::int32_t status = STAT_NONE;
-    for (laststop = 1; !is_good(status) && laststop < 1000; ++laststop) {
-        SCOPED_TRACE(laststop);
-        calls = 0;
-        const Answer answer = host.solve();
-        status = answer.status;
-        if (is_good(status)) break;
-        EXPECT_EQ(status, STAT_USERSTOP_FEAS);
-        EXPECT_EQ(calls, laststop);
-        double f;
-        Reals g(3);
-        rosen_suzuki(answer.x, f, g);
-        EXPECT_EQ(answer.objval, f);
-        EXPECT_EQ(answer.slack[0], 8 - g[0]);
-    }
-    EXPECT_GT(laststop, 5);
-    setlpcallbackfunc(host.lp, nullptr);
-    EXPECT_NEAR(host.solve().objval, ROSEN_SUZUKI, 1e-3);
+    Smooth elsewhere = HS43;
+    elsewhere.start = {0.5, -2, 3, 0.25};
+    const Smooth banana{
+        .name = "banana", .variables = 2, .functions = rosenbrock, .start = {-1.2, 1}
+    };
+    stopanswer = 1;
+    for (const Smooth* model : {&std::as_const(elsewhere), &banana})
+        for (const std::int32_t scaling : {-1, 0})
+            for (const std::int32_t derivmode : {0, 1}) {
+                SmoothHost host(*model);
+                setintparam(host.lp, PARAM_SCALING, scaling);
+                setintparam(host.lp, PARAM_NLPDERIVMODE, derivmode);
+                setlpcallbackfunc(host.lp, stop_at_last);
+                Answer answer;
+                for (laststop = 1; laststop < 1000; ++laststop) {
+                    SCOPED_TRACE(testing::Message() << model->name << ", report " << laststop);
+                    calls = 0;
+                    answer = host.solve();
+                    if (is_good(answer.status)) break;
+                    expect_stop(host, answer);
+                }
+                EXPECT_GT(laststop, 5);
+                EXPECT_NEAR(answer.objval, model == &elsewhere ? ROSEN_SUZUKI : 0.0, 1e-3);
+            }
 }
 
 // The call numbered `bad` answers with a failure, or with what is no value.
@@ -208,10 +242,10 @@ TEST(SmoothSolve, never_takes_a_failed_call_for_an_answer)
     };
     for (const auto& c : FAILURES)
         for (const std::int32_t derivmode : {0, 1})
-            for (long bad = 1, last = 2; bad <= last; ++bad) {
+            for (long bad = 1, call = 1; bad <= std::min(call, 400L); ++bad) {
                 SCOPED_TRACE(testing::Message() << c.name << " in call " << bad);
                 Smooth model = HS43;
-                long call = 0;
+                call = 0;
                 model.functions = [&](const Reals& x, double& f, Reals& g) {
                     rosen_suzuki(x, f, g);
                     if (++call != bad) return true;
@@ -222,7 +256,7 @@ TEST(SmoothSolve, never_takes_a_failed_call_for_an_answer)
                 SmoothHost host(model);
                 setintparam(host.lp, PARAM_NLPDERIVMODE, derivmode);
                 const Answer answer = host.solve();
-                last = std::min(host.evaluations - 1, 400L);  // the final one repeats another
+                if (call == bad) break;  // the final one, which repeats another
                 EXPECT_TRUE(c.succeeds || answer.status == STAT_EVALERROR) << answer.status;
                 EXPECT_TRUE(!is_good(answer.status) ||
                             std::fabs(answer.objval - ROSEN_SUZUKI) < 1e-2)
@@ -260,31 +294,33 @@ TEST(SmoothSolve, survives_the_failure_of_every_allocation)
 // ---- with the strategies
 
 // The first problem of M. A. Duran and I. E. Grossmann, Mathematical Programming 36, 1986.
+bool synthesis(const Reals& x, double& f, Reals& g)
+{
+    const double u = std::log(x[1] + 1), v = std::log(x[0] - x[1] + 1);
+    f = 5 * x[3] + 6 * x[4] + 8 * x[5] + 10 * x[0] - 7 * x[2] - 18 * u - 19.2 * v + 10;
+    g = {0.8 * u + 0.96 * v - 0.8 * x[2],
+         u + 1.2 * v - x[2] - 2 * x[5],
+         x[1] - x[0],
+         x[1] - 2 * x[3],
+         x[0] - x[1] - 2 * x[4],
+         x[3] + x[4]};
+    return true;
+}
+const Smooth SYNTHESIS{
+    .name = "synthesis",
+    .variables = 6,
+    .functions = synthesis,
+    .senses = "GGLLLL",
+    .rhs = {0, -2, 0, 0, 0, 1},
+    .lb = {0, 0,  0, 0, 0, 0},
+    .ub = {2, 2,  1, 1, 1, 1},
+    .ctype = "CCCBBB"
+};
+
 TEST(SmoothSolve, solves_integer_models_under_branch_and_bound)
 {
     for (const std::int32_t scaling : {-1, 0}) {
-        SmoothHost host({
-            .name = "synthesis",
-            .variables = 6,
-            .functions =
-                [](const Reals& x, double& f, Reals& g) {
-                    const double u = std::log(x[1] + 1), v = std::log(x[0] - x[1] + 1);
-                    f = 5 * x[3] + 6 * x[4] + 8 * x[5] + 10 * x[0] - 7 * x[2] - 18 * u - 19.2 * v +
-                        10;
-                    g = {0.8 * u + 0.96 * v - 0.8 * x[2],
-                         u + 1.2 * v - x[2] - 2 * x[5],
-                         x[1] - x[0],
-                         x[1] - 2 * x[3],
-                         x[0] - x[1] - 2 * x[4],
-                         x[3] + x[4]};
-                    return true;
-                                                         },
-            .senses = "GGLLLL",
-            .rhs = {                                                              0, -2, 0, 0, 0, 1},
-            .lb = { 0, 0,  0, 0, 0, 0},
-            .ub = { 2, 2,  1, 1, 1, 1},
-            .ctype = "CCCBBB"
-        });
+        SmoothHost host(SYNTHESIS);
         setintparam(host.lp, PARAM_SCALING, scaling);
         const Answer answer = host.solve();
         EXPECT_TRUE(is_good(answer.status)) << answer.status;
@@ -295,29 +331,51 @@ TEST(SmoothSolve, solves_integer_models_under_branch_and_bound)
     }
 }
 
-// No point of the unit disc reaches the half-plane of the second row; the third row is spared.
-TEST(SmoothSolve, finds_infeasible_subsets)
+std::int32_t TARNWICK_CALL expect_no_stop_yet(Problem*, std::int32_t)
 {
-    SmoothHost host({
-        .name = "disc",
-        .variables = 2,
-        .functions =
-            [](const Reals& x, double& f, Reals& g) {
-                f = x[0];
-                g = {x[0] * x[0] + x[1] * x[1], x[0] + x[1], x[0] - x[1]};
-                return true;
-                                                     },
-        .senses = "LGL",
-        .rhs = {                                                            1,  3, 4},
-        .start = { 0.5, 1}
-    });
-    std::int32_t rows = -1, columns = -1, status = -1, rowind[3] = {-1, -1, -1};
-    EXPECT_EQ(findiis(host.lp, &rows, &columns), 0);
-    EXPECT_EQ(rows, 2);
-    EXPECT_EQ(columns, 0);
-    EXPECT_EQ(getiis(host.lp, &status, rowind, nullptr, nullptr, nullptr, nullptr, nullptr), 0);
-    EXPECT_EQ(rowind[0], 0);
-    EXPECT_EQ(rowind[1], 1);
+    EXPECT_NE(calls, laststop);
+    return 0;
+}
+
+// The callback's answer is the status, with an integer solution at hand and without.
+TEST(SmoothSolve, may_be_stopped_inside_any_node)
+{
+    const struct {
+        std::int32_t answer, with, without;
+    } STOPS[] = {
+        {1,   STAT_USERSTOP_FEAS,    STAT_USERSTOP_INFEAS   },
+        {5,   STAT_ITERLIM_FEAS,     STAT_ITERLIM_INFEAS    },
+        {107, STAT_MIP_TIMELIM_FEAS, STAT_MIP_TIMELIM_INFEAS},
+        {105, STAT_MIP_NODELIM_FEAS, STAT_MIP_NODELIM_INFEAS},
+        {104, STAT_MIP_INTLIMIT,     STAT_MIP_INTLIMIT      },
+    };
+    const auto is_whole = [](const Answer& a) {
+        return std::all_of(a.x.begin() + 3, a.x.end(), [](double x) { return x == std::round(x); });
+    };
+    int found = 0;
+    for (const auto& c : STOPS)
+        for (const std::int32_t scaling : {-1, 0}) {
+            SmoothHost host(SYNTHESIS);
+            setintparam(host.lp, PARAM_SCALING, scaling);
+            setlpcallbackfunc(host.lp, stop_at_last);
+            setmipcallbackfunc(host.lp, expect_no_stop_yet);
+            stopanswer = c.answer;
+            calls = laststop = 0;
+            for (Answer answer = host.solve(); calls >= laststop; answer = host.solve()) {
+                SCOPED_TRACE(testing::Message()
+                             << c.answer << " at report " << laststop << ", scaling " << scaling);
+                if (laststop > 0) {
+                    const bool has_solution = host.lp->intsolutions > 0;
+                    EXPECT_EQ(answer.status, has_solution ? c.with : c.without);
+                    EXPECT_TRUE(!has_solution || is_whole(answer));
+                    EXPECT_EQ(calls, laststop);
+                    found += has_solution;
+                }
+                calls = 0;
+                ++laststop;
+            }
+        }
+    EXPECT_GT(found, 10);
 }
 
 }  // namespace
