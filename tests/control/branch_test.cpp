@@ -267,10 +267,12 @@ TEST(Branch, an_engine_that_gives_up_decides_the_result)
         const char* name;
         Answered fifth;
         EngineResult result;
+        double x;
     } CASES[] = {
-        {"a stop",                         {ENGINE_USERSTOP, 0.0, {1}},  ENGINE_USERSTOP  },
-        {"an objective that is no number", {ENGINE_OPTIMAL, NAN, {1}},   ENGINE_MODELCHECK},
-        {"a point that is none",           {ENGINE_OPTIMAL, 1.0, {NAN}}, ENGINE_MODELCHECK},
+        {"a stop",                         {ENGINE_USERSTOP, 0.0, {1}},   ENGINE_USERSTOP,   0},
+        {"an objective that is no number", {ENGINE_OPTIMAL, NAN, {1}},    ENGINE_MODELCHECK, 0},
+        {"a point that is none",           {ENGINE_OPTIMAL, 1.0, {NAN}},  ENGINE_MODELCHECK, 0},
+        {"an unbounded child is dropped",  {ENGINE_UNBOUNDED, -1e9, {1}}, ENGINE_OPTIMAL,    3},
     };
     for (const auto& c : CASES) {
         SCOPED_TRACE(c.name);
@@ -281,7 +283,7 @@ TEST(Branch, an_engine_that_gives_up_decides_the_result)
         search.attaches = true;
         EXPECT_EQ(search.go(), RESULT_STANDS);
         EXPECT_EQ(search.run.result, c.result);
-        EXPECT_EQ(search.x, Reals{0.0});
+        EXPECT_EQ(search.x, Reals{c.x});
     }
 }
 
