@@ -104,6 +104,7 @@ class FunctionHost {
     long evaluations = 0, jacobians = 0;
     std::vector<Reals> points{};  // evaluated, if they are kept
     bool keeps_points = false;
+    std::map<std::int32_t, Reals> beside{};  // where each variable was last moved alone
 
   private:
     static std::map<Problem*, FunctionHost*>& hosts()
@@ -113,13 +114,14 @@ class FunctionHost {
     }
     static std::int32_t TARNWICK_CALL evaluate(Problem* lp, std::int32_t numcols,
                                                std::int32_t numrows, double* objval, double* lhs,
-                                               double* var, std::int32_t, std::int32_t)
+                                               double* var, std::int32_t, std::int32_t vartwo)
     {
         FunctionHost& host = *hosts().at(lp);
         const Reals x(var, var + numcols);
         Reals rows(static_cast<std::size_t>(numrows));
         ++host.evaluations;
         if (host.keeps_points) host.points.push_back(x);
+        if (vartwo >= 0) host.beside[vartwo] = x;
         const bool succeeds = host.model.functions(x, *objval, rows);
         std::copy(rows.begin(), rows.end(), lhs);
         return succeeds ? 0 : 1;
