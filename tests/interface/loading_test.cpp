@@ -1,204 +1,153 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
+#include <tuple>
 #include <vector>
 
-#include "interface/problem.h"
 #include "tests/interface/refusals.h"
-#include "tests/support/memory.h"
-#include "tests/support/messages.h"
-#include "tests/support/olearrays.h"
 
 namespace tarnwick {
 namespace {
 
-// The arguments of all load functions. Two columns and three rows, the second column after a gap; Q
-// has one entry in each column.
-struct LoadArguments {
-    bool is_ole = false;
+// loadlp with the arrays of a model of functions: rows that it takes, and a gap in the matrix.
+struct LpCall : FunctionModel {
     const char* name = "test";
-    std::int32_t numcols = 2, numrows = 3, objsen = 1, matnz = 4, qnz = 2;
-    OleArray<double> obj{1, 2}, rhs{4, 5, 6}, matval{1, 2, 9, 3}, lb{0, 0}, ub{1, 1};
-    OleArray<double> qmatval{1, 2}, var{0, 0};
-    OleArray<char> sense{'L', 'E', 'G'}, ctype{'I', 'B'};
-    OleArray<std::int32_t> matbeg{0, 3}, matcnt{2, 1}, matind{0, 2, 9, 1};
-    OleArray<std::int32_t> qmatbeg{0, 1}, qmatcnt{1, 1}, qmatind{0, 1};
-    Problem* lp = nullptr;
 
-    LoadArguments() = default;
-    LoadArguments(const LoadArguments&) = delete;
-    LoadArguments& operator=(const LoadArguments&) = delete;
-
-    Problem* load()
+    LpCall()
+    {
+        sense[3] = 'L';
+        matcnt[0] = 2;
+    }
+    std::int32_t run()
     {
         const ArrayMode mode(is_ole);
-        return loadlp(name, numcols, numrows, objsen, obj.pass(), rhs.pass(), sense.pass(),
-                      matbeg.pass(), matcnt.pass(), matind.pass(), matval.pass(), lb.pass(),
-                      ub.pass(), nullptr, 7, 8, matnz);
-    }
-    void make_dense(std::vector<double> values)
-    {
-        for (auto* array : {&matbeg, &matcnt, &matind}) array->assign({-1});
-        matval.assign(std::move(values));
+        lp = loadlp(name, numcols, numrows, objsen, obj.pass(), rhs.pass(), sense.pass(),
+                    matbeg.pass(), matcnt.pass(), matind.pass(), matval.pass(), lb.pass(),
+                    ub.pass(), nullptr, 7, 8, matnz);
+        return lp ? 0 : 1;
     }
 };
 
-struct LpCall : LoadArguments {
-    ~LpCall()
-    {
-        if (lp) unloadprob(&lp);
-    }
-    std::int32_t run() { return (lp = load()) ? 0 : 1; }  // 1 stands for the null handle
-    bool is_untouched() const { return !lp; }
-};
+// loadquad for such a model, which is loaded in the plain mode.
+struct QuadCall : LpCall {
+    std::int32_t qnz = 2;
+    OleArray<std::int32_t> qmatbeg{0, 1}, qmatcnt{1, 1}, qmatind{0, 1};
+    OleArray<double> qmatval{1, 2};
 
-// The calls that need a model, which they load in the plain mode.
-struct ModelCall : LoadArguments {
-    Problem* model = load();
-
-    ModelCall() { lp = model; }
-    ~ModelCall() { unloadprob(&model); }
-};
-
-struct QuadCall : ModelCall {
+    QuadCall() { LpCall::run(); }
     std::int32_t run()
     {
         const ArrayMode mode(is_ole);
         return loadquad(lp, qmatbeg.pass(), qmatcnt.pass(), qmatind.pass(), qmatval.pass(), qnz,
                         var.pass());
     }
-    bool is_untouched() const
-    {
-        return !model->qmatval && !model->var && model->control.qstate == Q_NONE;
-    }
-};
-
-struct CtypeCall : ModelCall {
-    std::int32_t run()
-    {
-        const ArrayMode mode(is_ole);
-        return loadctype(lp, ctype.pass());
-    }
-    bool is_untouched() const { return !model->ctype; }
-};
-
-template <class Call>
-struct Ole : Call {
-    Ole() { this->is_ole = true; }
+    bool is_untouched() const { return !lp->qmatval && !lp->var && lp->control.qstate == Q_NONE; }
 };
 
 // ---- refusals
 
-std::int32_t minus_one = -1;
-
 using L = LpCall;
 using OL = Ole<LpCall>;
 using Q = QuadCall;
-using OQ = Ole<QuadCall>;
-using C = CtypeCall;
-using OC = Ole<CtypeCall>;
+using N = FunctionModel;
+
+constexpr char NO_SIZE[] = "numcols or numrows <= 0", Q_BEG[] = "qmatbeg element is invalid";
+constexpr char NO_QUAD[] = "loadquad cannot be used with loadnlp";
+std::int32_t minus_one = -1;
+
+void mark_dense(L& c, std::size_t values)
+{
+    for (auto* array : {&c.matbeg, &c.matcnt, &c.matind}) array->assign({-1});
+    c.matval.assign(std::vector<double>(values, -1.0));
+}
 
 // clang-format off
 constexpr Refused<L> LP_REFUSALS[] = {
-    {"no column",         [](L& c) { c.numcols = 0; },            1, "numcols or numrows <= 0"},
-    {"no row",            [](L& c) { c.numrows = 0; },            1, "numcols or numrows <= 0"},
-    {"2001 columns",      [](L& c) { c.numcols = 2001; },         1, "numcols or numrows is too large"},
-    {"8193 rows",         [](L& c) { c.numrows = 8193; },         1, "numcols or numrows is too large"},
-    {"objsen 0",          [](L& c) { c.objsen = 0; },             1, "objsen is not -1 or 1"},
-    {"no obj",            [](L& c) { c.obj.replace(nullptr); },   1, "obj or rhs is not a valid array"},
-    {"no rhs",            [](L& c) { c.rhs.replace(nullptr); },   1, "obj or rhs is not a valid array"},
-    {"no sense",          [](L& c) { c.sense.replace(nullptr); }, 1, "sense is not a valid array"},
-    {"no matval",         [](L& c) { c.matval.replace(nullptr); }, 1, "matval is not a valid array"},
-    {"no lb",             [](L& c) { c.lb.replace(nullptr); },    1, "lb or ub is not a valid array"},
-    {"no ub",             [](L& c) { c.ub.replace(nullptr); },    1, "lb or ub is not a valid array"},
-    {"an R row",          [](L& c) { c.sense[2] = 'R'; },         1, "sense element not E, L, G or R"},
-    {"no matbeg",         [](L& c) { c.matbeg.replace(nullptr); }, 1, "matbeg, matcnt, matind are not all valid arrays"},
-    {"no matcnt",         [](L& c) { c.matcnt.replace(nullptr); }, 1, "matbeg, matcnt, matind are not all valid arrays"},
-    {"no matind",         [](L& c) { c.matind.replace(nullptr); }, 1, "matbeg, matcnt, matind are not all valid arrays"},
-    {"matbeg -1",         [](L& c) { c.matbeg[0] = -1; },         1, "matbeg element is invalid"},
-    {"more than numrows", [](L& c) { c.matcnt[0] = 4; },          1, "matcnt element is invalid"},
-    {"row -1",            [](L& c) { c.matind[0] = -1; },         1, "matind element is invalid"},
-    {"overlap",           [](L& c) { c.matbeg[1] = 1; },          1, "matbeg element is invalid"},
-    {"count -1",          [](L& c) { c.matcnt[1] = -1; },         1, "matcnt element is invalid"},
-    {"beyond matnz",      [](L& c) { c.matcnt[1] = 2; },          1, "matcnt element is invalid"},
-    {"row numrows + 1",   [](L& c) { c.matind[3] = 4; },          1, "matind element is invalid"},
+    {"no column",         set<&L::numcols, 0>,            1, NO_SIZE},
+    {"2001 columns",      set<&L::numcols, 2001>,         1, TOO_LARGE},
+    {"8193 rows",         set<&L::numrows, 8193>,         1, TOO_LARGE},
+    {"objsen 0",          set<&L::objsen, 0>,             1, OBJSEN},
+    {"obj or rhs",        drop<&L::obj>,    1, ABSENT},  {"obj or rhs", drop<&L::rhs>,  1, ABSENT},
+    {"sense",             drop<&L::sense>,  1, ABSENT},  {"matval",    drop<&L::matval>, 1, ABSENT},
+    {"lb or ub",          drop<&L::lb>,     1, ABSENT},  {"lb or ub",  drop<&L::ub>,     1, ABSENT},
+    {"an R row",          [](L& c) { c.sense[2] = 'R'; }, 1, SENSE},
+    {"no matbeg",         drop<&L::matbeg>, 1, INDICES},
+    {"no matcnt",         drop<&L::matcnt>, 1, INDICES},
+    {"no matind",         drop<&L::matind>, 1, INDICES},
+    {"matbeg -1",         [](L& c) { c.matbeg[0] = -1; }, 1, BEG},
+    {"more than numrows", [](L& c) { c.matcnt[0] = 5; },  1, CNT},
+    {"row -1",            [](L& c) { c.matind[0] = -1; }, 1, IND},
+    {"overlap",           [](L& c) { c.matbeg[1] = 1; },  1, BEG},
+    {"count -1",          [](L& c) { c.matcnt[1] = -1; }, 1, CNT},
+    {"beyond matnz",      [](L& c) { c.matcnt[1] = 3; },  1, CNT},
+    {"row numrows + 1",   [](L& c) { c.matind[3] = 5; },  1, IND},
 };
-
-constexpr Refused<L> LP_STRUCTURE_REFUSALS[] = {
-    {"start beyond numcols * numrows", [](L& c) { c.matbeg[1] = 7; c.matnz = 100; },               1, "matbeg element is invalid"},
-    {"end beyond 32 bits",             [](L& c) { c.matbeg[1] = INT32_MAX; c.matnz = INT32_MAX; }, 1, "matbeg element is invalid"},
-    {"entries, and matnz 0",           [](L& c) { c.matnz = 0; },                                  1, "matcnt element is invalid"},
-    {"two marks of a dense matrix",    [](L& c) { c.matbeg[0] = c.matcnt[0] = -1; },               1, "matbeg element is invalid"},
+constexpr Refused<L> OTHER_LP_REFUSALS[] = {
+    {"no row",                         set<&L::numrows, 0>,     1, NO_SIZE},
+    {"start beyond numcols * numrows", [](L& c) { c.matbeg[1] = 9; c.matnz = 100; }, 1, BEG},
+    {"entries, and matnz 0",           set<&L::matnz, 0>,       1, CNT},
+    {"two marks of a dense matrix",    [](L& c) { c.matbeg[0] = c.matcnt[0] = -1; }, 1, BEG},
 };
-
 constexpr Refused<OL> OLE_LP_REFUSALS[] = {
-    {"null obj",     [](OL& c) { c.obj.replace(nullptr); }, 1, "obj or rhs is not a valid array"},
-    {"obj short",    [](OL& c) { c.obj.assign({1}); },      1, "obj is not a valid OLE array"},
-    {"rhs short",    [](OL& c) { c.rhs.assign({1, 2}); },   1, "rhs is not a valid OLE array"},
-    {"sense short",  [](OL& c) { c.sense.assign({'L'}); },  1, "sense is not a valid OLE array"},
-    {"matbeg short", [](OL& c) { c.matbeg.assign({0}); },   1, "matbeg is not a valid OLE array"},
-    {"matcnt short", [](OL& c) { c.matcnt.assign({0}); },   1, "matcnt is not a valid OLE array"},
-    {"matind short", [](OL& c) { c.matind.assign({0}); },   1, "matind is not a valid OLE array"},
-    {"matval short", [](OL& c) { c.matval.assign({1}); },   1, "matval is not a valid OLE array"},
-    {"lb short",     [](OL& c) { c.lb.assign({1}); },       1, "lb is not a valid OLE array"},
-    {"ub short",     [](OL& c) { c.ub.assign({1}); },       1, "ub is not a valid OLE array"},
+    {"obj or rhs", drop<&L::obj>,  1, ABSENT},
+    {"obj",    cut<&L::obj>,    1, NOT_OLE}, {"rhs",    cut<&L::rhs>,    1, NOT_OLE},
+    {"sense",  cut<&L::sense>,  1, NOT_OLE}, {"matbeg", cut<&L::matbeg>, 1, NOT_OLE},
+    {"matcnt", cut<&L::matcnt>, 1, NOT_OLE}, {"matind", cut<&L::matind>, 1, NOT_OLE},
+    {"matval", cut<&L::matval>, 1, NOT_OLE}, {"lb",     cut<&L::lb>,     1, NOT_OLE},
+    {"ub",     cut<&L::ub>,     1, NOT_OLE},
 };
-
 // Views that succeed although the array can't serve, and views that fail for another reason.
 constexpr Refused<OL> OLE_LP_VIEWS[] = {
-    {"obj placeholder",           [](OL& c) { c.obj.assign({-1}); },                 1, "obj or rhs is not a valid array"},
-    {"sense placeholder",         [](OL& c) { c.sense.assign({'\0'}); },             1, "sense is not a valid array"},
-    {"matval placeholder",        [](OL& c) { c.matval.assign({-1}); },              1, "matval is not a valid array"},
-    {"ub placeholder",            [](OL& c) { c.ub.assign({-1}); },                  1, "lb or ub is not a valid array"},
-    {"matind placeholder",        [](OL& c) { c.matind.assign({-1}); },              1, "matbeg, matcnt, matind are not all valid arrays"},
-    {"a plain -1 for matind",     [](OL& c) { c.matind.replace(&minus_one); },       1, "matbeg, matcnt, matind are not all valid arrays"},
-    {"matbeg placeholder",        [](OL& c) { c.matbeg.assign({-1}); },              1, "matbeg element is invalid"},
-    {"dense matval short by one", [](OL& c) { c.make_dense({1, 1, 1, 1, 1}); },      1, "matval is not a valid array"},
-    {"dense matval, matnz 0",     [](OL& c) { c.make_dense({1}); c.matnz = 0; },     1, "matval is not a valid array"},
-    {"dense matval placeholder",  [](OL& c) { c.make_dense({-1}); c.matnz = 1; },    1, "matval is not a valid array"},
-    {"two dimensions",            [](OL& c) { c.obj.header.dimensions = 2; },        1, "obj is not a valid OLE array"},
-    {"four-byte elements",        [](OL& c) { c.obj.header.elementsize = 4; },       1, "obj is not a valid OLE array"},
-    {"counted from 1",            [](OL& c) { c.obj.header.bound.lowerbound = 1; },  1, "obj is not a valid OLE array"},
-    {"reference to null",         [](OL& c) { c.obj.pointer = nullptr; },            1, "obj is not a valid OLE array"},
+    {"obj or rhs", fill<&L::obj, -1>,    1, ABSENT}, {"sense",    fill<&L::sense, 0>, 1, ABSENT},
+    {"matval",     fill<&L::matval, -1>, 1, ABSENT}, {"lb or ub", fill<&L::ub, -1>,   1, ABSENT},
+    {"matbeg placeholder",       fill<&L::matbeg, -1>,                          1, BEG},
+    {"matind placeholder",       fill<&L::matind, -1>,                          1, INDICES},
+    {"a plain -1 for matind",    [](OL& c) { c.matind.replace(&minus_one); },   1, INDICES},
+    {"matval",                   [](OL& c) { mark_dense(c, 7); },               1, ABSENT},
+    {"matval",                   [](OL& c) { mark_dense(c, 2); c.matnz = 0; },  1, ABSENT},
+    {"matval",                   [](OL& c) { mark_dense(c, 1); c.matnz = 1; },  1, ABSENT},
+    {"obj",                      [](OL& c) { c.obj.header.dimensions = 2; },    1, NOT_OLE},
+    {"obj",                      [](OL& c) { c.obj.header.elementsize = 4; },   1, NOT_OLE},
+    {"obj",                      [](OL& c) { c.obj.header.bound.lowerbound = 1; }, 1, NOT_OLE},
+    {"obj",                      [](OL& c) { c.obj.pointer = nullptr; },        1, NOT_OLE},
 };
-
 constexpr Refused<Q> QUAD_REFUSALS[] = {
-    {"null handle",         [](Q& c) { c.lp = nullptr; },                   1, "lp pointer is NULL"},
-    {"no qmatval",          [](Q& c) { c.qmatval.replace(nullptr); },       5, "qmatval is not a valid array"},
-    {"no var",              [](Q& c) { c.var.replace(nullptr); },           7, "var is not a valid array"},
-    {"smooth model",        [](Q& c) { c.model->problemtype = PROB_NLP; },  1, "loadquad cannot be used with loadnlp"},
-    {"no qmatbeg",          [](Q& c) { c.qmatbeg.replace(nullptr); },       1, nullptr},
-    {"no qmatcnt",          [](Q& c) { c.qmatcnt.replace(nullptr); },       1, nullptr},
-    {"no qmatind",          [](Q& c) { c.qmatind.replace(nullptr); },       1, nullptr},
-    {"start -1",            [](Q& c) { c.qmatbeg[0] = -1; },                2, "qmatbeg element is invalid"},
-    {"count above numcols", [](Q& c) { c.qmatcnt[0] = 3; },                 3, "qmatcnt element is invalid"},
-    {"row -1",              [](Q& c) { c.qmatind[0] = -1; },                4, "qmatind element is invalid"},
-    {"start beyond numcols squared", [](Q& c) { c.qmatbeg[1] = 5; },        2, "qmatbeg element is invalid"},
+    {"qmatval",             drop<&Q::qmatval>,                5, ABSENT},
+    {"var",                 drop<&Q::var>,                    7, ABSENT},
+    {"smooth model",        [](Q& c) { c.lp->problemtype = PROB_NLP; }, 1, NO_QUAD},
+    {"no qmatbeg",          drop<&Q::qmatbeg>,                1, nullptr},
+    {"no qmatcnt",          drop<&Q::qmatcnt>,                1, nullptr},
+    {"no qmatind",          drop<&Q::qmatind>,                1, nullptr},
+    {"start -1",            [](Q& c) { c.qmatbeg[0] = -1; },  2, Q_BEG},
+    {"count above numcols", [](Q& c) { c.qmatcnt[0] = 3; },   3, "qmatcnt element is invalid"},
+    {"row -1",              [](Q& c) { c.qmatind[0] = -1; },  4, "qmatind element is invalid"},
+    {"beyond the square",   [](Q& c) { c.qmatbeg[1] = 5; },   2, Q_BEG},
 };
-
-constexpr Refused<OQ> OLE_QUAD_REFUSALS[] = {
-    {"qmatbeg short",       [](OQ& c) { c.qmatbeg.assign({0}); },           2, "qmatbeg is not a valid OLE array"},
-    {"qmatcnt short",       [](OQ& c) { c.qmatcnt.assign({0}); },           3, "qmatcnt is not a valid OLE array"},
-    {"qmatind short",       [](OQ& c) { c.qmatind.assign({0}); },           4, "qmatind is not a valid OLE array"},
-    {"qmatval short",       [](OQ& c) { c.qmatval.assign({1}); },           5, "qmatval is not a valid OLE array"},
-    {"var short",           [](OQ& c) { c.var.assign({1}); },               7, "var is not a valid OLE array"},
-    {"matind a placeholder", [](OQ& c) { c.qmatind.assign({-1}); },         1, nullptr},
+constexpr Refused<Ole<Q>> OLE_QUAD_REFUSALS[] = {
+    {"qmatbeg", cut<&Q::qmatbeg>,      2, NOT_OLE}, {"qmatcnt", cut<&Q::qmatcnt>, 3, NOT_OLE},
+    {"qmatind", cut<&Q::qmatind>,      4, NOT_OLE}, {"qmatval", cut<&Q::qmatval>, 5, NOT_OLE},
+    {"var",     cut<&Q::var>,          7, NOT_OLE},
+    {"qmatval", fill<&Q::qmatval, -1>, 5, ABSENT},  {"var", fill<&Q::var, -1>,    7, ABSENT},
+    {"a placeholder", fill<&Q::qmatind, -1>, 1, nullptr},
 };
-
-constexpr Refused<OQ> OLE_QUAD_VIEWS[] = {
-    {"qmatval placeholder", [](OQ& c) { c.qmatval.assign({-1}); },          5, "qmatval is not a valid array"},
-    {"var placeholder",     [](OQ& c) { c.var.assign({-1}); },              7, "var is not a valid array"},
+constexpr Refused<N> NLP_REFUSALS[] = {
+    {"no column",   set<&N::numcols, 0>,   1, "numcols <= 0"},
+    {"rows -1",     set<&N::numrows, -1>,  1, "numrows < 0"},
+    {"401 columns", set<&N::numcols, 401>, 1, TOO_LARGE},
+    {"201 rows",    set<&N::numrows, 201>, 1, TOO_LARGE},
+    {"objsen 0",    set<&N::objsen, 0>, 1, OBJSEN}, {"obj",      drop<&N::obj>,    1, ABSENT},
+    {"rhs",         drop<&N::rhs>,      1, ABSENT}, {"sense",    drop<&N::sense>,  1, ABSENT},
+    {"matval",      drop<&N::matval>,   1, ABSENT}, {"var",      drop<&N::var>,    1, ABSENT},
+    {"lb or ub",    drop<&N::lb>,       1, ABSENT}, {"lb or ub", drop<&N::ub>,     1, ABSENT},
+    {"no funceval", set<&N::funceval, nullptr>,     1, "funceval is not a valid callback"},
+    {"an N row",    [](N& c) { c.sense[3] = 'N'; }, 1, SENSE},
+    {"no matbeg",   drop<&N::matbeg>,               1, INDICES},
 };
-
-constexpr Refused<C> CTYPE_REFUSALS[] = {
-    {"null handle",         [](C& c) { c.lp = nullptr; },                   1, "lp pointer is NULL"},
-    {"no ctype",            [](C& c) { c.ctype.replace(nullptr); },         2, "ctype is not a valid array"},
-    {"lower case",          [](C& c) { c.ctype[1] = 'i'; },                 2, "ctype element is not C, I or B"},
-};
-
-constexpr Refused<OC> OLE_CTYPE_VIEWS[] = {
-    {"short",               [](OC& c) { c.ctype.assign({'C'}); },           2, "ctype is not a valid OLE array"},
-    {"placeholder",         [](OC& c) { c.ctype.assign({'\0'}); },          2, "ctype is not a valid array"},
+constexpr Refused<Ole<N>> OLE_NLP_REFUSALS[] = {
+    {"obj",    cut<&N::obj>,    1, NOT_OLE}, {"rhs",    cut<&N::rhs>,    1, NOT_OLE},
+    {"sense",  cut<&N::sense>,  1, NOT_OLE}, {"matbeg", cut<&N::matbeg>, 1, NOT_OLE},
+    {"matval", cut<&N::matval>, 1, NOT_OLE}, {"var",    cut<&N::var>,    1, NOT_OLE},
+    {"lb",     cut<&N::lb>,     1, NOT_OLE}, {"ub",     cut<&N::ub>,     1, NOT_OLE},
+    {"var",    fill<&N::var, -1>, 1, ABSENT},
 };
 // clang-format on
 
@@ -206,9 +155,13 @@ TEST(Loading, refuses_each_argument_in_order)
 {
     const MessageLog log;
     expect_refusals_in_order("loadlp", LP_REFUSALS);
-    expect_refusals("loadlp", LP_STRUCTURE_REFUSALS);
+    expect_refusals("loadlp", OTHER_LP_REFUSALS);
+    expect_refusals_in_order("loadlp", OLE_LP_REFUSALS);
+    expect_refusals("loadlp", OLE_LP_VIEWS);
     expect_refusals_in_order("loadquad", QUAD_REFUSALS);
-    expect_refusals_in_order("loadctype", CTYPE_REFUSALS);
+    expect_refusals_in_order("loadquad", OLE_QUAD_REFUSALS);
+    expect_refusals_in_order("loadnlp", NLP_REFUSALS);
+    expect_refusals_in_order("loadnlp", OLE_NLP_REFUSALS);
 
     LpCall call;
     call.objsen = 0;
@@ -217,19 +170,34 @@ TEST(Loading, refuses_each_argument_in_order)
     EXPECT_TRUE(MessageLog::take().empty());
 }
 
-TEST(Loading, refuses_each_ole_array_in_order)
+TEST(Loading, of_letters_refuses_the_first_fault)
 {
     const MessageLog log;
-    expect_refusals_in_order("loadlp", OLE_LP_REFUSALS);
-    expect_refusals("loadlp", OLE_LP_VIEWS);
-    expect_refusals_in_order("loadquad", OLE_QUAD_REFUSALS);
-    expect_refusals("loadquad", OLE_QUAD_VIEWS);
-    expect_refusals("loadctype", OLE_CTYPE_VIEWS);
+    FunctionModel model;
+    ASSERT_EQ(model.run(), 0);
+    Problem* const lp = model.lp;
+    OleArray<char> lower{'I', 'i'}, one{'L'}, placeholder{'\0'};
+    expect_told(loadctype(lp, nullptr), 2, "loadctype", "ctype is not a valid array");
+    expect_told(loadctype(lp, lower.pass()), 2, "loadctype", "ctype element is not C, I or B");
+    const ArrayMode mode(true);
+    char *const s = one.pass(), *const p = placeholder.pass(), *const good = model.objtype.pass();
+    expect_told(loadctype(lp, s), 2, "loadctype", "ctype is not a valid OLE array");
+    expect_told(loadctype(lp, p), 2, "loadctype", "ctype is not a valid array");
+    expect_told(loadnltype(lp, s, s), 2, "loadnltype", "objtype is not a valid OLE array");
+    expect_told(loadnltype(lp, good, s), 3, "loadnltype", "matvaltype is not a valid OLE array");
+    EXPECT_TRUE(!lp->ctype && !lp->objtype && !lp->matvaltype);
+
+    EXPECT_EQ(loadnltype(lp, good, model.matvaltype.pass()), 0);
+    EXPECT_EQ(lp->matvaltype, model.matvaltype.values().data());
+    EXPECT_EQ(lp->oletypehandles[0], model.objtype.reference());
+    EXPECT_EQ(lp->oletypehandles[1], model.matvaltype.reference());
+    EXPECT_EQ(loadnltype(lp, good, p), 0);
+    EXPECT_EQ(lp->matvaltype, nullptr) << "a placeholder stands for none";
 }
 
 // ---- linear models
 
-void make_largest(LpCall& c)
+void make_largest(L& c)
 {
     c.numcols = 2000, c.numrows = 8192;
     for (auto* array : {&c.obj, &c.lb, &c.ub}) array->assign(std::vector<double>(2000));
@@ -239,7 +207,7 @@ void make_largest(LpCall& c)
 }
 
 // One element that looks like a placeholder serves where one is needed.
-void make_single_column(LpCall& c)
+void make_single_column(L& c)
 {
     c.is_ole = true;
     c.numcols = c.matnz = 1;
@@ -248,73 +216,37 @@ void make_single_column(LpCall& c)
     for (auto* array : {&c.matbeg, &c.matind}) array->assign({0});
 }
 
-// clang-format off
-constexpr struct {
-    const char* what;
-    void (*change)(LpCall&);
-    bool is_dense;
-} ACCEPTED_LPS[] = {
-    {"gap before the second column",   [](L&) {}, false},
-    {"a null name is an empty one",    [](L& c) { c.name = nullptr; }, false},
-    {"row index equal to numrows",     [](L& c) { c.matind[3] = 3; }, false},
-    {"start equal to numcols*numrows", [](L& c) { c.matbeg[1] = 6; c.matcnt[1] = 0; }, false},
-    {"a matrix without entries",       [](L& c) { c.matcnt.assign({0, 0}); c.matnz = 0; }, false},
-    {"three null pointers",            [](L& c) { for (auto* a : {&c.matbeg, &c.matcnt, &c.matind}) a->replace(nullptr); }, true},
-    {"three marks, matnz of no account", [](L& c) { c.make_dense({1, 1, 1, 1, 1, 1}); c.matnz = 0; }, true},
-    {"maximisation",                   [](L& c) { c.objsen = -1; }, false},
-    {"the largest",                    make_largest, false},
-    {"OLE arrays",                     [](L& c) { c.is_ole = true; }, false},
-    {"OLE arrays, dense",              [](L& c) { c.is_ole = true; c.make_dense({1, 1, 1, 1, 1, 1}); }, true},
-    {"OLE arrays of one element",      make_single_column, false},
-};
-// clang-format on
-
 TEST(LoadLp, keeps_what_it_was_given)
 {
-    for (const auto& c : ACCEPTED_LPS) {
-        SCOPED_TRACE(c.what);
+    // clang-format off
+    const std::tuple<const char*, void (*)(L&), bool> CASES[] = {
+        {"a null name is an empty one",  set<&L::name, nullptr>,                          false},
+        {"row index equal to numrows",   [](L& c) { c.matind[3] = 4; },                   false},
+        {"start at numcols * numrows",   [](L& c) { c.matbeg[1] = 8, c.matcnt[1] = 0; },  false},
+        {"no entries",                   [](L& c) { c.matcnt.assign({0, 0}), c.matnz = 0; },false},
+        {"maximisation",                 set<&L::objsen, -1>,                             false},
+        {"the largest",                  make_largest,                                    false},
+        {"OLE arrays",                   set<&L::is_ole, true>,                           false},
+        {"OLE arrays of one element",    make_single_column,                              false},
+        {"dense by three null pointers", [](L& c) { c.make_dense(4); },                   true},
+        {"dense by three marks",         [](L& c) { mark_dense(c, 8), c.matnz = 0; },     true},
+        {"dense OLE arrays",             [](L& c) { mark_dense(c, 8), c.is_ole = true; }, true},
+    };
+    // clang-format on
+    for (const auto& [what, change, is_dense] : CASES) {
+        SCOPED_TRACE(what);
         LpCall call;
-        c.change(call);
+        change(call);
         ASSERT_EQ(call.run(), 0);
         const Problem& lp = *call.lp;
         EXPECT_STREQ(lp.name, call.name ? "test" : "");
-        EXPECT_EQ(lp.problemtype, PROB_LP);
-        EXPECT_EQ(lp.objsen, call.objsen);
-        EXPECT_EQ(lp.obj, call.obj.values().data());
-        EXPECT_EQ(lp.matbeg, c.is_dense ? nullptr : call.matbeg.values().data());
-        EXPECT_EQ(lp.matcnt, c.is_dense ? nullptr : call.matcnt.values().data());
-        EXPECT_EQ(lp.matind, c.is_dense ? nullptr : call.matind.values().data());
-        EXPECT_EQ(lp.matnz, call.matnz);
-        EXPECT_EQ(lp.colspare, 7);
-        EXPECT_EQ(lp.rowspare, 8);
-        EXPECT_EQ(lp.lastcol, call.numcols - 1);
-        EXPECT_EQ(lp.lastrow, call.numrows - 1);
-        EXPECT_EQ(lp.control.problem, &lp);
-        EXPECT_EQ(lp.control.qstate, Q_NONE);
-        if (!call.is_ole) continue;
-        const OleReference references[] = {call.obj.reference(), call.matbeg.reference(),
-                                           call.matcnt.reference(), call.matind.reference(),
-                                           call.matval.reference()};
-        EXPECT_TRUE(std::equal(std::begin(references), std::end(references), lp.olehandles));
+        EXPECT_EQ(lp.matbeg, is_dense ? nullptr : call.matbeg.values().data());
+        EXPECT_EQ(std::tie(lp.problemtype, lp.objsen, lp.matnz, lp.colspare, lp.rowspare),
+                  std::make_tuple(PROB_LP, call.objsen, call.matnz, 7, 8));
+        EXPECT_EQ(lp.lastcol - lp.firstcol, call.numcols - 1);
+        EXPECT_EQ(lp.lastrow - lp.firstrow, call.numrows - 1);
+        EXPECT_EQ(call.holds_references(), call.is_ole);
     }
-}
-
-TEST(LoadLp, without_memory_there_is_no_model_and_no_message)
-{
-    const MessageLog log;
-    const long alive = blocks_alive();
-    LpCall call;
-    bool failed = true;
-    for (long allowed = 0; failed; ++allowed) {
-        EXPECT_LE(allowed, 2) << "small models come by the thousand";
-        allow_allocations(allowed);
-        const std::int32_t code = call.run();
-        failed = allocation_failed();
-        allow_all_allocations();
-        EXPECT_EQ(code, failed ? 1 : 0);
-        EXPECT_TRUE(!failed || blocks_alive() == alive);
-    }
-    EXPECT_TRUE(MessageLog::take().empty());
 }
 
 // ---- Q and letters
@@ -322,56 +254,103 @@ TEST(LoadLp, without_memory_there_is_no_model_and_no_message)
 TEST(LoadQuad, replaces_an_earlier_q_unless_it_is_refused)
 {
     QuadCall call;
+    const Problem& lp = *call.lp;
     ASSERT_EQ(call.run(), 0);
-    EXPECT_EQ(call.model->var, call.var.values().data());
+    EXPECT_EQ(lp.var, call.var.values().data());
 
-    call.model->problemtype = PROB_MILP;
-    std::vector<std::int32_t> begins{0, -1};
-    call.qmatbeg.replace(begins.data());
+    std::int32_t begins[] = {0, -1};
+    call.qmatbeg.replace(begins);
+    call.lp->problemtype = PROB_LP;
     EXPECT_EQ(call.run(), 2);
-    EXPECT_EQ(call.model->problemtype, PROB_MIQP) << "the type has moved";
-    EXPECT_EQ(call.model->qmatbeg, call.qmatbeg.values().data());
-    EXPECT_EQ(call.model->control.qstate, Q_ACCEPTED);
+    EXPECT_EQ(lp.problemtype, PROB_QP) << "refused elements move the type";
+    EXPECT_EQ(lp.qmatbeg, call.qmatbeg.values().data());
+    EXPECT_EQ(lp.control.qstate, Q_ACCEPTED);
 
     for (auto* array : {&call.qmatbeg, &call.qmatcnt, &call.qmatind}) array->replace(nullptr);
-    for (call.is_ole = false;; call.is_ole = true) {
-        call.qmatval.assign({1, 2, 2, 1});
+    call.qmatval.assign({1, 2, 2, 1});
+    for (const bool is_ole : {false, true}) {
+        call.is_ole = is_ole;
         EXPECT_EQ(call.run(), 5) << "indefinite";
-        EXPECT_EQ(call.model->qmatbeg, nullptr);
-        EXPECT_EQ(call.model->qmatval, call.qmatval.values().data());
-        EXPECT_EQ(call.model->control.qstate, Q_INDEFINITE);
-        if (call.is_ole) break;
+        EXPECT_EQ(lp.qmatbeg, nullptr);
+        EXPECT_EQ(lp.qmatval, call.qmatval.values().data());
+        EXPECT_EQ(lp.control.qstate, Q_INDEFINITE);
     }
 }
 
 TEST(Loading, moves_the_type_up)
 {
-    const struct {
-        std::int32_t from, after_quad, after_ctype;
-    } MOVES[] = {
-        {PROB_LP,    PROB_QP,    PROB_MILP },
-        {PROB_MILP,  PROB_MIQP,  PROB_MILP },
-        {PROB_QP,    PROB_QP,    PROB_MIQP },
-        {PROB_MIQP,  PROB_MIQP,  PROB_MIQP },
-        {PROB_NLP,   PROB_NLP,   PROB_MINLP},
-        {PROB_MINLP, PROB_MINLP, PROB_MINLP},
-        {PROB_NSP,   PROB_NSP,   PROB_MINSP},
-        {PROB_MINSP, PROB_MINSP, PROB_MINSP},
+    // clang-format off
+    const std::tuple<std::int32_t, std::int32_t, std::int32_t> MOVES[] = {
+        {PROB_LP,  PROB_QP,  PROB_MILP },  {PROB_MILP,  PROB_MIQP,  PROB_MILP },
+        {PROB_QP,  PROB_QP,  PROB_MIQP },  {PROB_MIQP,  PROB_MIQP,  PROB_MIQP },
+        {PROB_NLP, PROB_NLP, PROB_MINLP},  {PROB_MINLP, PROB_MINLP, PROB_MINLP},
+        {PROB_NSP, PROB_NSP, PROB_MINSP},  {PROB_MINSP, PROB_MINSP, PROB_MINSP},
     };
-    for (const auto& c : MOVES)
-        for (const char letter : {'I', 'S'}) {
-            SCOPED_TRACE(c.from);
-            QuadCall quad;
-            quad.model->problemtype = c.from;
-            EXPECT_EQ(quad.run(), c.from == PROB_NLP || c.from == PROB_MINLP ? 1 : 0);
-            EXPECT_EQ(quad.model->problemtype, c.after_quad);
+    // clang-format on
+    for (const auto& [from, after_quad, after_ctype] : MOVES) {
+        SCOPED_TRACE(from);
+        QuadCall quad, letters;
+        quad.lp->problemtype = letters.lp->problemtype = from;
+        quad.run();
+        EXPECT_EQ(quad.lp->problemtype, after_quad);
+        char bad[] = {'S', 'I'};
+        EXPECT_EQ(loadctype(letters.lp, bad), 2);
+        EXPECT_EQ(letters.lp->problemtype, after_ctype) << "a bad letter moves it, too";
+    }
+}
 
-            Ole<CtypeCall> ctype;
-            ctype.model->problemtype = c.from;
-            ctype.ctype[0] = letter;
-            EXPECT_EQ(ctype.run(), letter == 'S' ? 2 : 0);
-            EXPECT_EQ(ctype.model->problemtype, c.after_ctype) << "a bad letter moves it, too";
-        }
+// ---- models of functions
+
+TEST(LoadNlp, keeps_what_it_was_given_and_needs_no_arrays_where_there_are_no_rows)
+{
+    for (const bool is_ole : {false, true}) {
+        FunctionModel call, rowless;
+        call.is_ole = rowless.is_ole = is_ole;
+        ASSERT_EQ(call.run(), 0);
+        EXPECT_EQ(call.lp->problemtype, PROB_NLP);
+        EXPECT_EQ(call.lp->var, call.var.values().data());
+        EXPECT_EQ(call.lp->rowrange, call.rowrange.data());
+        EXPECT_EQ(call.lp->matnz, 5);
+        EXPECT_EQ(call.holds_references(), is_ole);
+
+        rowless.make_dense(0);
+        for (auto* array : {&rowless.rhs, &rowless.matval}) array->replace(nullptr);
+        rowless.sense.replace(nullptr);
+        EXPECT_EQ(rowless.run(), 0);
+    }
+}
+
+// objtype has two letters, matvaltype five; null: they are absent.
+TEST(LoadNlType, moves_the_type_of_a_model_with_parts_that_are_not_smooth)
+{
+    const std::tuple<const char*, std::int32_t, const char*, const char*, std::int32_t,
+                     std::int32_t>
+        CASES[] = {
+            {"all linear or smooth",        PROB_NLP,   "LN",    "LLNNL", 0, PROB_NLP  },
+            {"the same, with integers",     PROB_MINLP, "NN",    "NNNNN", 0, PROB_MINLP},
+            {"an objective's other letter", PROB_NLP,   "LD",    "LLLLL", 0, PROB_NSP  },
+            {"an entry's other letter",     PROB_MINLP, "LL",    "LLLL ", 0, PROB_MINSP},
+            {"no objtype",                  PROB_NLP,   nullptr, "LLLLL", 0, PROB_NSP  },
+            {"no matvaltype",               PROB_NLP,   "LL",    nullptr, 0, PROB_NSP  },
+            {"non-smooth stays",            PROB_NSP,   "LL",    "LLLLL", 0, PROB_NSP  },
+            {"non-smooth once more",        PROB_MINSP, nullptr, nullptr, 0, PROB_MINSP},
+            {"linear model, all linear",    PROB_LP,    "LL",    "LLLLL", 0, PROB_LP   },
+            {"linear model, no arrays",     PROB_LP,    nullptr, nullptr, 1, PROB_LP   },
+            {"integer, another letter",     PROB_MILP,  "Lx",    "LLLLL", 1, PROB_MILP },
+            {"integer quadratic stays",     PROB_MIQP,  "xx",    "xxxxx", 0, PROB_MIQP },
+    };
+    const MessageLog log;
+    for (const auto& [what, from, objtype, matvaltype, code, to] : CASES) {
+        SCOPED_TRACE(what);
+        FunctionModel model;
+        ASSERT_EQ(model.run(), 0);
+        model.lp->problemtype = from;
+        EXPECT_EQ(loadnltype(model.lp, const_cast<char*>(objtype), const_cast<char*>(matvaltype)),
+                  code);
+        EXPECT_EQ(model.lp->problemtype, to);
+        for (const Message& message : MessageLog::take())
+            EXPECT_EQ(message.text, "loadnltype cannot be used with loadlp");
+    }
 }
 
 }  // namespace

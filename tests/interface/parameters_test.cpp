@@ -1,14 +1,11 @@
+#include "interface/parameters.h"
+
 #include <gtest/gtest.h>
 
 #include <charconv>
 #include <cmath>
-#include <cstdint>
-#include <span>
 #include <sstream>
-#include <string>
 
-#include "include/tarnwick.h"
-#include "interface/parameters.h"
 #include "tests/interface/smallmodel.h"
 #include "tests/support/messages.h"
 #include "tests/support/printed.h"
@@ -31,27 +28,27 @@ void expect_kept_in_range(std::span<const Parameter<Value>> table, Info info, Se
     for (const auto& row : table) {
         SCOPED_TRACE(row.name);
         const SmallModel model, other;
-        Problem* const lp = model.lp;
         const auto expect_value = [&row, get](Problem* of, Value want) {
             Value value{};
             EXPECT_EQ(get(of, row.number, &value), 0);
+            EXPECT_EQ(get(of, row.number, nullptr), 0);
             EXPECT_EQ(value, want);
         };
         Value initial{}, lowest{}, highest{};
         ASSERT_EQ(info(nullptr, row.number, &initial, &lowest, &highest), 0);
-        expect_value(lp, initial);
+        EXPECT_EQ(info(nullptr, row.number, nullptr, nullptr, nullptr), 0);
+        expect_value(model.lp, initial);
         for (const Value good : {lowest, highest}) {
-            EXPECT_EQ(set(lp, row.number, good), 0);
+            EXPECT_EQ(set(model.lp, row.number, good), 0);
             for (const Value beyond : {neighbour(lowest, -1), neighbour(highest, 1)})
-                EXPECT_EQ(set(lp, row.number, beyond), beyond < lowest || beyond > highest ? 2 : 0);
-            EXPECT_EQ(set(lp, row.number, good), 0);
-            expect_value(lp, good);
+                EXPECT_EQ(set(model.lp, row.number, beyond),
+                          beyond < lowest || beyond > highest ? 2 : 0);
+            EXPECT_EQ(set(model.lp, row.number, good), 0);
+            expect_value(model.lp, good);
             expect_value(row.shared ? nullptr : other.lp, row.shared ? good : initial);
         }
-        EXPECT_EQ(setdefaults(row.shared ? nullptr : lp), 0);
-        expect_value(lp, initial);
-        EXPECT_EQ(info(nullptr, row.number, nullptr, nullptr, nullptr), 0);
-        EXPECT_EQ(get(lp, row.number, nullptr), 0);
+        EXPECT_EQ(setdefaults(row.shared ? nullptr : model.lp), 0);
+        expect_value(model.lp, initial);
     }
 }
 
@@ -64,74 +61,47 @@ TEST(Parameters, start_at_their_defaults_and_stay_in_their_ranges)
         EXPECT_EQ(setdblparam(model.lp, row.number, std::nan("")), 2) << row.name;
 }
 
-std::int32_t whole;
-double real;
-constexpr const char UNKNOWN[] = "whichparam is out of range", BAD[] = "newvalue is out of range";
-
-// clang-format off
-constexpr struct {
-    const char* what;
-    const char* title;
-    std::int32_t (*call)(Problem* lp);
-    std::int32_t code;
-    const char* text;
-} REFUSALS[] = {
-    {"a real one as an integer", "infointparam", [](Problem* lp) { return infointparam(lp, PARAM_FEASTOL, &whole, &whole, &whole); }, 1, UNKNOWN},
-    {"an integer as a real one", "infodblparam", [](Problem* lp) { return infodblparam(lp, PARAM_SCALING, &real, &real, &real); }, 1, UNKNOWN},
-    {"unknown number",           "getintparam",  [](Problem* lp) { return getintparam(lp, 0, &whole); },               1, UNKNOWN},
-    {"unknown number",           "getdblparam",  [](Problem* lp) { return getdblparam(lp, -1, &real); },               1, UNKNOWN},
-    {"unknown before bad value", "setintparam",  [](Problem* lp) { return setintparam(lp, 991, 99); },                 1, UNKNOWN},
-    {"unknown before bad value", "setdblparam",  [](Problem* lp) { return setdblparam(lp, 991, NAN); },                1, UNKNOWN},
-    {"bad handle before all",    "setintparam",  [](Problem*) { return setintparam(nullptr, 991, 99); },               1, "lp pointer is NULL"},
-    {"bad handle before all",    "getdblparam",  [](Problem*) { return getdblparam(nullptr, 991, &real); },            1, "lp pointer is NULL"},
-    {"bad value",                "setintparam",  [](Problem* lp) { return setintparam(lp, 999, 2); },                  2, BAD},
-    {"without a model",          "setintparam",  [](Problem*) { return setintparam(nullptr, PARAM_RESERVED997, 3); },  2, BAD},
-    {"bad value",                "setdblparam",  [](Problem* lp) { return setdblparam(lp, 1016, 1e-3); },              2, BAD},
-};
-// clang-format on
-
 TEST(Parameters, refusals_name_the_first_fault)
 {
+    const char *const unknown = "whichparam is out of range", *const bad =
+                                                                  "newvalue is out of range";
+    const char* const no_handle = "lp pointer is NULL";
     const MessageLog log;
     const SmallModel model;
-    for (const auto& c : REFUSALS) {
-        SCOPED_TRACE(std::string(c.title) + ": " + c.what);
-        EXPECT_EQ(c.call(model.lp), c.code);
-        const auto messages = MessageLog::take();
-        ASSERT_EQ(messages.size(), 1U);
-        EXPECT_EQ(messages[0].text, c.text);
-        EXPECT_EQ(messages[0].title, c.title);
-    }
+    Problem *const lp = model.lp, *const none = nullptr;
+    std::int32_t n = 0;
+    double a = 0.0;
+    expect_told(infointparam(lp, PARAM_FEASTOL, &n, &n, &n), 1, "infointparam", unknown);
+    expect_told(infodblparam(lp, PARAM_SCALING, &a, &a, &a), 1, "infodblparam", unknown);
+    expect_told(getintparam(lp, 0, &n), 1, "getintparam", unknown);
+    expect_told(getdblparam(lp, -1, &a), 1, "getdblparam", unknown);
+    expect_told(setintparam(lp, 991, 99), 1, "setintparam", unknown);
+    expect_told(setdblparam(lp, 991, NAN), 1, "setdblparam", unknown);
+    expect_told(setintparam(none, 991, 99), 1, "setintparam", no_handle);
+    expect_told(getdblparam(none, 991, &a), 1, "getdblparam", no_handle);
+    expect_told(setintparam(lp, PARAM_IISMETHOD, 2), 2, "setintparam", bad);
+    expect_told(setintparam(none, PARAM_RESERVED997, 3), 2, "setintparam", bad);
+    expect_told(setdblparam(lp, PARAM_FEASTOL, 1e-3), 2, "setdblparam", bad);
 }
 
 TEST(SetDefaults, resets_the_model_or_the_process_and_says_nothing)
 {
     const SmallModel model;
     Problem foreign{};
-    const struct {
-        Problem* lp;
-        std::int32_t code;
-        std::int32_t process_wide, of_the_model;  // what is left of 2 and of 5
-    } CASES[] = {
-        {model.lp,                                       0, 2, INT32_MAX},
-        {nullptr,                                        0, 0, 5        },
-        {reinterpret_cast<Problem*>(~std::uintptr_t{0}), 0, 2, 5        },
-        {&foreign,                                       1, 2, 5        },
-    };
-    const auto value = [](Problem* lp, std::int32_t number) {
-        std::int32_t got = -1;
-        EXPECT_EQ(getintparam(lp, number, &got), 0);
-        return got;
-    };
-    for (const auto& c : CASES) {
+    auto* const all_ones = reinterpret_cast<Problem*>(~std::uintptr_t{0});
+    for (Problem* const lp : {model.lp, static_cast<Problem*>(nullptr), all_ones, &foreign}) {
         const MessageLog log;
+        std::int32_t process_wide = -1, messages = -1, of_the_model = -1;
         EXPECT_EQ(setintparam(&foreign, PARAM_RESERVED997, 2), 0) << "which belongs to no model";
         setintparam(model.lp, PARAM_NODELIMIT, 5);
-        EXPECT_EQ(setdefaults(c.lp), c.code);
-        EXPECT_EQ(value(nullptr, PARAM_RESERVED997), c.process_wide);
-        EXPECT_EQ(value(nullptr, PARAM_MESSAGES), c.lp ? 1 : 0);
-        EXPECT_EQ(value(model.lp, PARAM_NODELIMIT), c.of_the_model);
-        EXPECT_EQ(MessageLog::take().size(), static_cast<std::size_t>(c.code));
+        EXPECT_EQ(setdefaults(lp), lp == &foreign ? 1 : 0);
+        EXPECT_EQ(MessageLog::take().size(), lp == &foreign ? 1U : 0U);
+        getintparam(nullptr, PARAM_RESERVED997, &process_wide);
+        getintparam(nullptr, PARAM_MESSAGES, &messages);
+        getintparam(model.lp, PARAM_NODELIMIT, &of_the_model);
+        EXPECT_EQ(process_wide, lp ? 2 : 0);
+        EXPECT_EQ(messages, lp ? 1 : 0);
+        EXPECT_EQ(of_the_model, lp == model.lp ? INT32_MAX : 5);
     }
 }
 

@@ -1,51 +1,55 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
 #include <cstring>
+#include <regex>
 #include <string>
-#include <utility>
 
-#include "include/tarnwick.h"
-#include "interface/problem.h"
+#include "control/services.h"
+#include "interface/exports.h"
+#include "linear/lpengine.h"
 #include "tests/interface/smallmodel.h"
 #include "tests/support/memory.h"
 #include "tests/support/messages.h"
+#include "tests/support/printed.h"
 
 namespace tarnwick {
 namespace {
 
-double reals[4];
-std::int32_t whole;
-char letters[] = {'C', 'C'};
-TarnwickCallback callback;
+using P = Problem*;
 
-// clang-format off
+double a[4];
+std::int32_t n;
+char letters[] = {'C', 'C'};
+TarnwickCallback f;
+
 constexpr struct {
     const char* name;
-    std::int32_t (*call)(Problem* lp);
+    std::int32_t (*call)(P lp);
 } HANDLE_FUNCTIONS[] = {
-    {"loadquad",           [](Problem* lp) { return loadquad(lp, nullptr, nullptr, nullptr, reals, 4, reals); }},
-    {"loadctype",          [](Problem* lp) { return loadctype(lp, letters); }},
-    {"unloadprob",         [](Problem* lp) { return unloadprob(&lp); }},
-    {"optimize",           [](Problem* lp) { return optimize(lp); }},
-    {"mipoptimize",        [](Problem* lp) { return mipoptimize(lp); }},
-    {"solution",           [](Problem* lp) { return solution(lp, &whole, reals, reals, nullptr, nullptr, nullptr); }},
-    {"objsa",              [](Problem* lp) { return objsa(lp, 0, 0, reals, reals); }},
-    {"rhssa",              [](Problem* lp) { return rhssa(lp, 0, 0, reals, reals); }},
-    {"varstat",            [](Problem* lp) { return varstat(lp, 0, 0, reals, reals, reals, reals); }},
-    {"constat",            [](Problem* lp) { return constat(lp, 0, 0, reals, reals, reals, reals); }},
-    {"getcallbackinfo",    [](Problem* lp) { return getcallbackinfo(lp, nullptr, CB_NODES, &whole); }},
-    {"setlpcallbackfunc",  [](Problem* lp) { return setlpcallbackfunc(lp, nullptr); }},
-    {"getlpcallbackfunc",  [](Problem* lp) { return getlpcallbackfunc(lp, &callback); }},
-    {"setmipcallbackfunc", [](Problem* lp) { return setmipcallbackfunc(lp, nullptr); }},
-    {"getmipcallbackfunc", [](Problem* lp) { return getmipcallbackfunc(lp, &callback); }},
-    {"setintparam",        [](Problem* lp) { return setintparam(lp, PARAM_NODELIMIT, 1); }},
-    {"getintparam",        [](Problem* lp) { return getintparam(lp, PARAM_NODELIMIT, &whole); }},
-    {"setdblparam",        [](Problem* lp) { return setdblparam(lp, PARAM_MIPGAP, 0.5); }},
-    {"getdblparam",        [](Problem* lp) { return getdblparam(lp, PARAM_MIPGAP, reals); }},
+    {"loadquad",           [](P lp) { return loadquad(lp, nullptr, nullptr, nullptr, a, 4, a); } },
+    {"loadctype",          [](P lp) { return loadctype(lp, letters); }                           },
+    {"loadnltype",         [](P lp) { return loadnltype(lp, letters, letters); }                 },
+    {"unloadprob",         [](P lp) { return unloadprob(&lp); }                                  },
+    {"optimize",           [](P lp) { return optimize(lp); }                                     },
+    {"mipoptimize",        [](P lp) { return mipoptimize(lp); }                                  },
+    {"testnltype",         [](P lp) { return testnltype(lp, 1, a, &n, letters, letters); }       },
+    {"solution",           [](P lp) { return solution(lp, &n, a, a, nullptr, nullptr, nullptr); }},
+    {"objsa",              [](P lp) { return objsa(lp, 0, 0, a, a); }                            },
+    {"rhssa",              [](P lp) { return rhssa(lp, 0, 0, a, a); }                            },
+    {"varstat",            [](P lp) { return varstat(lp, 0, 0, a, a, a, a); }                    },
+    {"constat",            [](P lp) { return constat(lp, 0, 0, a, a, a, a); }                    },
+    {"findiis",            [](P lp) { return findiis(lp, &n, &n); }                              },
+    {"getcallbackinfo",    [](P lp) { return getcallbackinfo(lp, nullptr, CB_NODES, &n); }       },
+    {"setlpcallbackfunc",  [](P lp) { return setlpcallbackfunc(lp, nullptr); }                   },
+    {"getlpcallbackfunc",  [](P lp) { return getlpcallbackfunc(lp, &f); }                        },
+    {"setmipcallbackfunc", [](P lp) { return setmipcallbackfunc(lp, nullptr); }                  },
+    {"getmipcallbackfunc", [](P lp) { return getmipcallbackfunc(lp, &f); }                       },
+    {"setintparam",        [](P lp) { return setintparam(lp, PARAM_NODELIMIT, 1); }              },
+    {"getintparam",        [](P lp) { return getintparam(lp, PARAM_NODELIMIT, &n); }             },
+    {"setdblparam",        [](P lp) { return setdblparam(lp, PARAM_MIPGAP, 0.5); }               },
+    {"getdblparam",        [](P lp) { return getdblparam(lp, PARAM_MIPGAP, a); }                 },
 };
-// clang-format on
 
 TEST(Handle, every_function_refuses_what_is_none)
 {
@@ -53,64 +57,71 @@ TEST(Handle, every_function_refuses_what_is_none)
     alignas(Problem) static unsigned char foreign[sizeof(Problem)];
     std::memcpy(foreign, static_cast<const void*>(model.lp), sizeof foreign);  // a copy is none
     const auto address = reinterpret_cast<std::uintptr_t>(foreign);
-    const std::pair<std::uintptr_t, const char*> handles[] = {
-        {0,                  "lp pointer is NULL"   },
-        {~std::uintptr_t{0}, "lp pointer is NULL"   },
-        {0xFFFFFFFFU,        "lp pointer is NULL"   },
-        {address,            "lp pointer is invalid"},
-        {address + 1,        "lp pointer is invalid"},
-    };
     const MessageLog log;
     for (const auto& function : HANDLE_FUNCTIONS)
-        for (const auto& [handle, text] : handles) {
+        for (const auto handle : {std::uintptr_t{0}, ~std::uintptr_t{0},
+                                  std::uintptr_t{0xFFFFFFFFU}, address, address + 1}) {
             SCOPED_TRACE(std::string(function.name) + ": " + std::to_string(handle));
-            EXPECT_EQ(function.call(reinterpret_cast<Problem*>(handle)), 1);
-            const auto messages = MessageLog::take();
-            ASSERT_EQ(messages.size(), 1U);
-            EXPECT_EQ(messages[0].text, text);
-            EXPECT_EQ(messages[0].title, function.name);
+            expect_told(function.call(reinterpret_cast<P>(handle)), 1, function.name,
+                        handle - address <= 1 ? "lp pointer is invalid" : "lp pointer is NULL");
         }
 }
 
 TEST(Unload, releases_everything_and_keeps_the_callers_variable)
 {
+    const MessageLog log;
     const long alive = blocks_alive();
     SmallModel model;
     EXPECT_GT(blocks_alive(), alive);
     Problem* lp = model.lp;
     EXPECT_EQ(unloadprob(&lp), 0);
-    EXPECT_EQ(lp, model.lp);
+    EXPECT_EQ(lp, std::exchange(model.lp, nullptr));
     EXPECT_EQ(blocks_alive(), alive);
-    model.lp = nullptr;
 
-    const MessageLog log;
-    EXPECT_EQ(unloadprob(nullptr), 1);
-    EXPECT_EQ(MessageLog::take().at(0).text, "lp_p is not valid");
+    MessageLog::take();
+    expect_told(unloadprob(nullptr), 1, "unloadprob", "lp_p is not valid");
 }
 
 TEST(ProblemLimits, are_given_for_every_type)
 {
+    const char* const title = "getproblimits";
     const MessageLog log;
-    std::int32_t n[] = {-7, -7, -7};
-    const auto expect_refused = [&n](std::int32_t type, int missing, std::int32_t code) {
-        static const char* const TEXTS[] = {"problem type is invalid", "numcols_p is NULL",
-                                            "numrows_p is NULL", "numints_p is NULL"};
-        std::int32_t* out[4] = {nullptr, n, n + 1, n + 2};
-        out[missing] = nullptr;
-        EXPECT_EQ(getproblimits(nullptr, type, out[1], out[2], out[3]), code);
-        EXPECT_EQ(MessageLog::take().at(0).text, TEXTS[code - 1]);
-        EXPECT_EQ(*std::max_element(n, n + 3), -7);
-    };
-    for (const std::int32_t type : {-1, 2, 28}) {
-        for (const int missing : {1, 2, 3}) expect_refused(type, missing, missing + 1);
-        expect_refused(type, 0, 1);
-    }
+    std::int32_t size[] = {-7, -7, -7}, *const none = nullptr;
+    expect_told(getproblimits(nullptr, 2, none, none, none), 2, title, "numcols_p is NULL");
+    expect_told(getproblimits(nullptr, 2, size, none, none), 3, title, "numrows_p is NULL");
+    expect_told(getproblimits(nullptr, 2, size, size, none), 4, title, "numints_p is NULL");
+    for (const std::int32_t type : {-1, 2, 28})
+        expect_told(getproblimits(nullptr, type, size, size + 1, size + 2), 1, title,
+                    "problem type is invalid");
+    EXPECT_EQ(*std::max_element(size, size + 3), -7) << "nothing is given";
     for (const std::int32_t type : {0, 1, 4, 8, 12, 16, 20, 24}) {
-        EXPECT_EQ(getproblimits(nullptr, type, n, n + 1, n + 2), 0) << type;
-        EXPECT_EQ(n[0], type <= PROB_MIQP ? 2000 : 400) << type;
-        EXPECT_EQ(n[1], type <= PROB_MIQP ? 8192 : 200) << type;
-        EXPECT_EQ(n[2], n[0]) << type;
+        EXPECT_EQ(getproblimits(nullptr, type, size, size + 1, size + 2), 0) << type;
+        EXPECT_EQ(size[0], type <= PROB_MIQP ? 2000 : 400) << type;
+        EXPECT_EQ(size[1], type <= PROB_MIQP ? 8192 : 200) << type;
+        EXPECT_EQ(size[2], size[0]) << type;
     }
+}
+
+// The module definition: what the public header declares, by name, and the rest by number.
+TEST(Exports, module_definition_is_printed_from_the_table)
+{
+    const std::regex DECLARATION(R"(TARNWICK_API [^(;]*TARNWICK_CALL\s+(\w+)\()");
+    const std::string header = source_text("include/tarnwick.h");
+    std::string definition = "EXPORTS\n";
+    for (std::sregex_iterator it(header.begin(), header.end(), DECLARATION), end; it != end; ++it)
+        definition += "    " + (*it)[1].str() + "\n";
+    for (const auto& row : numbered_exports())
+        definition +=
+            std::string("    ") + row.name + " @" + std::to_string(row.number) + " NONAME\n";
+    expect_printed("interface/tarnwick.def", definition);
+}
+
+TEST(Exports, an_entry_is_found_by_its_number)
+{
+    EXPECT_EQ(getexport(45), reinterpret_cast<TarnwickEntry>(lpinit));
+    EXPECT_EQ(getexport(62), reinterpret_cast<TarnwickEntry>(getintinfo));
+    for (const std::int32_t number : {INT32_MIN, -1, 0, 40, 76, INT32_MAX})
+        EXPECT_EQ(getexport(number), nullptr) << number;
 }
 
 }  // namespace

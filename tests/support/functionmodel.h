@@ -65,6 +65,14 @@ struct FunctionModel {
         matnz = 2 * numrows;
     }
 
+    // True if the model keeps the references of OLE array mode.
+    bool holds_references()
+    {
+        const OleReference all[] = {obj.reference(), matbeg.reference(), matcnt.reference(),
+                                    matind.reference(), matval.reference()};
+        return std::equal(std::begin(all), std::end(all), lp->olehandles);
+    }
+
     // The data of an array that a function of the caller's is handed.
     static double* data_of(double* array)
     {

@@ -24,4 +24,9 @@ class MessageLog {
     static std::vector<Message> take();
 };
 
+// A refused call: it has returned `want`, and this alone has been told. A text that begins with a
+// space goes on from the title.
+void expect_told(std::int32_t code, std::int32_t want, const std::string& title,
+                 const std::string& text);
+
 }  // namespace tarnwick
