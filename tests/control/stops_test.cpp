@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
+#include <climits>
 #include <functional>
-#include <string>
-#include <utility>
+#include <tuple>
 
 #include "tests/control/servedmodel.h"
 #include "tests/support/clock.h"
@@ -11,126 +11,189 @@
 namespace tarnwick {
 namespace {
 
-// ---- limits and callbacks
-
-std::function<std::int32_t(Problem*)> on_iteration;
-std::int32_t TARNWICK_CALL call_on_iteration(Problem* lp, std::int32_t event)
+std::function<std::int32_t(Problem* lp, std::int32_t event)> on_event;
+std::int32_t TARNWICK_CALL call_on_event(Problem* lp, std::int32_t event)
 {
-    EXPECT_EQ(event, 1);
-    return on_iteration(lp);
+    return on_event(lp, event);
 }
 
-template <class Value>
-Value counter(Problem* lp, std::int32_t which)
+// ---- reports
+
+// What a report leaves: objective, infeasibility, best integer objective; iterations, nodes,
+// iterations of the finished subproblems; integer solutions, elastic mode.
+Reals counters_of(const Problem& p)
 {
-    Value value{};
-    EXPECT_EQ(getcallbackinfo(lp, nullptr, which, &value), 0);
-    return value;
+    const std::int32_t wholes[] = {p.iterations, p.nodes, p.totaliterations, p.intsolutions,
+                                   p.control.elasticmode};
+    Reals all{p.currentobj, p.infeasibility, p.bestinteger};
+    all.insert(all.end(), std::begin(wholes), std::end(wholes));
+    return all;
 }
 
-TEST(Limits, end_a_run_with_their_status)
+// The value is 8.5; 30 iterations, 5 nodes of 6, 100 iterations before; limits: 40 iterations, 3
+// solutions; a stop of the user's is pending.
+TEST(Progress, counts_and_decides_by_the_event_word)
 {
+    const Reals same{0, 0, 0, 30, 5, 100, 0, 0};
+    // clang-format off
     const struct {
         const char* name;
-        double timelimit;
-        std::int32_t iterlimit;
-        std::uint32_t clock, step;
-        std::int32_t status, iterations;
+        std::int32_t event, count;
+        std::int32_t want, remembered;  // the stop code that is returned and the one that stays
+        std::int32_t callback;
+        Reals counters;
     } CASES[] = {
-        {"one iteration",               100.0, 1,   5000,       1,    STAT_ITERLIM_FEAS, 2},
-        {"a second each",               2.9,   100, 5999,       1000, STAT_TIMELIM_FEAS, 2},
-        {"seconds count when complete", 1.0,   100, 5000,       499,  STAT_OPTIMAL,      2},
-        {"the clock wraps",             1e9,   100, 4294967000, 700,  STAT_TIMELIM_FEAS, 1},
-        {"iterations come before time", 0.0,   0,   5000,       0,    STAT_ITERLIM_FEAS, 1},
+        {"reads the stop code",        0,   9,  2, 2, 0,   same},
+        {"set-up work",                2,   9,  0, 2, 0,   same},
+        {"poll",                       32,  9,  2, 2, 0,   same},
+        {"final evaluation",           64,  9,  0, 2, 0,   same},
+        {"final evaluation done",      128, 9,  2, 2, 0,   same},
+        {"unknown event",              1,   9,  0, 2, 0,   same},
+        {"iteration",                  36,  40, 0, 0, 1,   {8.5, 0, 0, 40, 5, 100, 0, 0}},
+        {"iteration beyond the limit", 36,  41, 1, 1, 0,   {8.5, 0, 0, 41, 5, 100, 0, 0}},
+        {"infeasible iteration",       292, 7,  0, 0, 1,   {8.5, 8.5, 0, 7, 5, 100, 0, 0}},
+        {"reduced gradient",           21,  7,  0, 0, 1,   {8.5, 0, 0, 7, 5, 100, 0, 0}},
+        {"node",                       8,   3,  0, 0, 101, {0, 0, 0, 0, 6, 130, 3, 0}},
+        {"node beyond the solutions",  168, 4,  5, 5, 0,   {0, 0, 8.5, 0, 6, 130, 4, 0}},
+        {"node before iteration",      12,  3,  0, 0, 101, {0, 0, 0, 0, 6, 130, 3, 0}},
+        {"elastic mode",               512, 2,  0, 0, 0,   {0, 0, 0, 30, 5, 100, 0, 2}},
+        {"elastic step",               512, 3,  0, 0, 0,   {0, 0, 0, 0, 5, 130, 0, 3}},
+        {"elastic before all",         956, -1, 0, 0, 0,   {0, 0, 0, 0, 5, 130, 0, 65535}},
     };
+    // clang-format on
     for (const auto& c : CASES) {
         SCOPED_TRACE(c.name);
-        const LoadedModel loaded(FEASIBLE_AT_ONCE);
-        setdblparam(loaded.lp, PARAM_TIMELIMIT, c.timelimit);
-        setintparam(loaded.lp, PARAM_ITERLIMIT, c.iterlimit);
-        set_clock(c.clock, c.step);
-        const Answer answer = solve(loaded.lp);
-        release_clock();
-        EXPECT_EQ(answer.status, c.status);
-        EXPECT_EQ(counter<std::int32_t>(loaded.lp, CB_ITERATIONS), c.iterations);
-        expect_feasible(FEASIBLE_AT_ONCE, answer.x);
+        ServedModel model;
+        SolveControl& control = *model.control;
+        control.iterlimit = 40, control.nodelimit = 6, control.intsollimit = 3;
+        control.lpcallback = control.mipcallback = call_on_event;
+        std::int32_t answer = 0, called_with = 0;
+        on_event = [&](Problem*, std::int32_t event) {
+            called_with = event;
+            return answer;
+        };
+        beginrun(&control, 0);
+        model.lp->iterations = 30, model.lp->nodes = 5, model.lp->totaliterations = 100;
+        control.stopcode = STOP_USER;
+        const auto report = [&] { return reportprogress(&control, c.event, c.count, 8.5); };
+        EXPECT_EQ(report(), c.want);
+        EXPECT_EQ(control.stopcode, c.remembered);
+        EXPECT_EQ(called_with, c.callback);
+        EXPECT_EQ(counters_of(*model.lp), c.counters);
+
+        // A limit comes before the callback, and a report without a reason takes the stop back.
+        if (c.callback == 0) continue;
+        answer = 104;
+        EXPECT_EQ(report(), c.callback == 1 ? STOP_INTLIMIT : STOP_NODELIMIT);
+        answer = 0;
+        control.nodelimit = 9;
+        EXPECT_EQ(report(), STOP_NONE);
+        EXPECT_EQ(control.stopcode, STOP_NONE);
     }
 }
+
+TEST(Progress, watches_the_clock)
+{
+    ServedModel model(PROB_NLP);
+    Problem& problem = *model.lp;
+    SolveControl& control = *model.control;
+    set_clock(7999);
+    control.timelimit = 2.9;
+    beginrun(&control, 0);
+    for (const std::uint32_t now : {7999U, 8999U, 9000U, 4294967295U, 6999U, 7000U}) {
+        SCOPED_TRACE(now);
+        set_clock(now);
+        problem.objval = now;
+        const bool is_left = now >= 7000 && now < 9000;  // a clock before its start has wrapped
+        const std::int32_t want = is_left ? STOP_NONE : STOP_TIMELIMIT;
+        EXPECT_EQ(reportprogress(&control, EVENT_ITERATION, 1, 0.0), want);
+        EXPECT_EQ(problem.currentobj, now) << "what the caller's function gave";
+        EXPECT_EQ(reportprogress(&control, EVENT_NODE, 0, 0.0), want);
+        EXPECT_EQ(reportprogress(&control, EVENT_ELASTIC, 10, 0.0), want);
+        EXPECT_EQ(reportprogress(&control, EVENT_ELASTIC, 0, 0.0), STOP_NONE);
+    }
+    release_clock();
+
+    control.timelimit = control.nodelimit = INT_MAX;
+    beginrun(&control, 0);
+    problem.nodes = problem.totaliterations = INT_MAX - 1;
+    problem.iterations = 7;
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(reportprogress(&control, EVENT_NODE, 0, 0.0), STOP_NONE);
+    EXPECT_EQ(problem.nodes, INT_MAX) << "counters stay where they can't go on";
+    EXPECT_EQ(problem.totaliterations, INT_MAX);
+}
+
+// ---- callbacks
 
 TEST(Callbacks, stop_a_run_by_their_answer)
 {
     // clang-format off
-    const struct {
-        std::int32_t answer, feasible, infeasible;
-    } CASES[] = {{5, 5, 6}, {7, 7, 8}, {107, 7, 8}, {105, 105, 106}, {104, 104, 104}, {1, 12, 13}, {-1, 12, 13},
-                 {6, 12, 13}, {8, 12, 13}, {106, 12, 13}, {108, 12, 13}};
+    const std::tuple<std::int32_t, std::int32_t, std::int32_t> CASES[] = {
+        {5, 5, 6}, {7, 7, 8}, {107, 7, 8}, {105, 105, 106}, {104, 104, 104}, {1, 12, 13},
+        {-1, 12, 13}, {6, 12, 13}, {8, 12, 13}, {106, 12, 13}, {108, 12, 13},
+    };
     // clang-format on
-    for (const auto& c : CASES)
-        for (const LinearModel* model : {&FEASIBLE_AT_ONCE, &TWO_PHASES}) {
-            SCOPED_TRACE(c.answer);
-            const LoadedModel loaded(*model);
-            on_iteration = [&c](Problem*) { return c.answer; };
-            setlpcallbackfunc(loaded.lp, call_on_iteration);
-            const Answer answer = solve(loaded.lp);
-            EXPECT_EQ(answer.status, model == &TWO_PHASES ? c.infeasible : c.feasible);
-            EXPECT_EQ(counter<std::int32_t>(loaded.lp, CB_ITERATIONS), 1);
-
+    for (const auto& [answer, feasible, infeasible] : CASES)
+        for (const bool is_feasible : {true, false}) {
+            SCOPED_TRACE(answer);
+            const LinearModel& model = is_feasible ? FEASIBLE_AT_ONCE : TWO_PHASES;
+            const LoadedModel loaded(model);
+            on_event = [result = answer](Problem*, std::int32_t) { return result; };
+            setlpcallbackfunc(loaded.lp, call_on_event);
+            EXPECT_EQ(solve(loaded.lp).status, is_feasible ? feasible : infeasible);
+            EXPECT_EQ(loaded.lp->iterations, 1);
             setlpcallbackfunc(loaded.lp, nullptr);
-            expect_optimal(*model, solve(loaded.lp));
+            expect_optimal(model, solve(loaded.lp));
         }
 }
 
+// In the first phase the objective is the infeasibility; each falls from report to report.
 TEST(Callbacks, see_the_counters_and_may_stop_at_any_event)
 {
-    for (unsigned seed = 1; seed <= 5; ++seed) {
+    for (unsigned seed = 1; seed <= 5 && !HasFailure(); ++seed) {
         const LinearModel model = solvable_model(seed, {.rows = 12, .cols = 16, .free = 0.1});
         const LoadedModel loaded(model);
         std::int32_t status = STAT_NONE;
         for (std::int32_t last = 1; status != STAT_OPTIMAL && last < 100; ++last) {
-            SCOPED_TRACE("seed " + std::to_string(seed) + ", event " + std::to_string(last));
+            SCOPED_TRACE(testing::Message() << "seed " << seed << ", event " << last);
             std::int32_t events = 0;
             double falls[] = {INF, INF};  // the objective, the infeasibility
             bool in_phase_one = true;
-            on_iteration = [&](Problem* lp) -> std::int32_t {
-                EXPECT_EQ(counter<std::int32_t>(lp, CB_ITERATIONS), ++events);
-                EXPECT_EQ(counter<std::int32_t>(lp, CB_NODES), 0);
-                const double value = counter<double>(lp, CB_OBJECTIVE);
-                const double left = counter<double>(lp, CB_INFEASIBILITY);
-                EXPECT_EQ(counter<std::int32_t>(lp, CB_FEASIBLE), left <= 1e-8 ? 1 : 0);
-                in_phase_one = in_phase_one && value == left;
-                const double now = in_phase_one ? left : value * model.objsen;
+            on_event = [&](Problem* lp, std::int32_t event) {
+                EXPECT_EQ(event, 1);
+                EXPECT_EQ(lp->iterations, ++events);
+                in_phase_one = in_phase_one && lp->currentobj == lp->infeasibility;
+                const double now = in_phase_one ? lp->infeasibility : lp->currentobj * model.objsen;
                 EXPECT_LE(now, std::exchange(falls[in_phase_one], now) + 1e-9);
                 return events == last ? 1 : 0;
             };
-            setlpcallbackfunc(loaded.lp, call_on_iteration);
+            setlpcallbackfunc(loaded.lp, call_on_event);
             const Answer answer = solve(loaded.lp);
             status = answer.status;
             EXPECT_TRUE(status == STAT_OPTIMAL || events == last);
-            if (status == STAT_OPTIMAL) {
+            if (status == STAT_OPTIMAL)
                 expect_optimal(model, answer);
-            } else if (status == STAT_USERSTOP_FEAS || !in_phase_one) {
+            else if (status == STAT_USERSTOP_FEAS || !in_phase_one)
                 expect_feasible(model, answer.x);
-            } else {
+            else
                 EXPECT_EQ(status, STAT_USERSTOP_INFEAS);
-            }
             EXPECT_FALSE(loaded.lp->running);
         }
         EXPECT_EQ(status, STAT_OPTIMAL);
-        if (HasFailure()) return;
     }
 }
 
 TEST(Callbacks, may_solve_another_model_and_not_their_own)
 {
     const LoadedModel outer(TWO_PHASES), inner(FEASIBLE_AT_ONCE);
-    on_iteration = [&](Problem* lp) -> std::int32_t {
+    on_event = [&](Problem* lp, std::int32_t) {
         EXPECT_EQ(optimize(lp), 1);
         Problem* handle = lp;
         EXPECT_EQ(unloadprob(&handle), 1);
         expect_optimal(FEASIBLE_AT_ONCE, solve(inner.lp));
         return 0;
     };
-    setlpcallbackfunc(outer.lp, call_on_iteration);
+    setlpcallbackfunc(outer.lp, call_on_event);
     expect_optimal(TWO_PHASES, solve(outer.lp));
 }
 
