@@ -18,8 +18,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <utility>
 
 #include "control/services.h"
+#include "linear/certificate.h"
 #include "linear/pivot.h"
 #include "linear/ratio.h"
 #include "linear/scaling.h"
@@ -101,13 +104,11 @@ void build_infeasibility_row(LpEngine& lp) noexcept
     }
 }
 
-bool placevariables(LpEngine& lp) noexcept
+void placevariables(LpEngine& lp) noexcept
 {
-    if (lp.n < 1 || lp.m < 0) return false;
     rest_all(lp);
     normalise_signs(lp);
     build_infeasibility_row(lp);
-    return true;
 }
 
 // ---- pricing
@@ -219,11 +220,12 @@ void fixrow(LpEngine& lp, int r, int c) noexcept
 }
 
 // Steps, priced in row s, until no column is attractive: m+1 in the first phase, 0 in the second.
-EngineResult run_phase(LpEngine& lp, int s) noexcept
+EngineResult run_phase(LpEngine& lp, int s,
+                       std::int64_t most_steps = std::numeric_limits<std::int64_t>::max()) noexcept
 {
     const bool is_first = s != 0;
     const int last = is_first ? lp.m + 1 : lp.m;
-    for (;;) {
+    for (std::int64_t step = 0; step < most_steps; ++step) {
         const int c = price(lp, s);
         if (c == 0) return ENGINE_OPTIMAL;
 
@@ -238,6 +240,7 @@ EngineResult run_phase(LpEngine& lp, int s) noexcept
         }
         if (const EngineResult stop = reportiterate(lp); stop != ENGINE_OPTIMAL) return stop;
     }
+    return ENGINE_OPTIMAL;
 }
 
 // The open column with the largest entry of row i, the lowest on a tie; 0 if it is no pivot.
@@ -303,30 +306,48 @@ void start_basis(LpEngine& lp) noexcept
     loadbasis(lp);
 }
 
-double sum_of_artificials(const LpEngine& lp) noexcept
+bool has_artificial(const LpEngine& lp, int i) noexcept
 {
-    double sum = 0.0;
-    for (int i = 1; i <= lp.m; ++i)
-        if (lp.rowpending[i] != 0 && lp.senses[i].sense != '<') sum += lp.basicvalue[i];
-    return sum;
+    return lp.rowpending[i] != 0 && lp.senses[i].sense != '<';
+}
+
+// The infeasibility row as the sum that it stands for. The columns of artificials that have gone keep
+// their cost.
+void rebuild_infeasibility_row(LpEngine& lp) noexcept
+{
+    double* const sum = lp.tableau[lp.m + 1];
+    std::fill_n(sum + 1, lp.activecols, 0.0);
+    std::fill(sum + 1 + lp.activecols, sum + 1 + lp.n, 1.0);
+    lp.basicvalue[lp.m + 1] = 0.0;
+    for (int i = 1; i <= lp.m; ++i) {
+        if (!has_artificial(lp, i)) continue;
+        refreshrow(lp, i);
+        const double* const row = lp.tableau[i];
+        for (int j = 1; j <= lp.n; ++j) sum[j] += row[j];
+        lp.basicvalue[lp.m + 1] += lp.basicvalue[i];
+    }
 }
 
 // Whether what is left of the infeasibility says that no point is feasible. Row m+1 is updated from
-// pivot to pivot and never summed anew: on a hard model its value can be nothing but the errors of
-// many pivots. It is held against the sum that it stands for.
+// pivot to pivot: on a hard model its value can be nothing but the errors of many pivots. And columns
+// that pricing has let pass may undo it, where their variables have far to go. So it is summed anew,
+// those columns are tried, and the rows as read must bear out what is left.
 EngineResult judge_infeasibility(LpEngine& lp) noexcept
 {
-    constexpr double DRIFT = 0.01;  // relative to the sum
-    double& claimed = lp.basicvalue[lp.m + 1];
-    if (claimed <= lp.feastol) return ENGINE_OPTIMAL;
+    constexpr double SHARPEST_PRICING = 1e-9;
+    const double& infeasibility = lp.basicvalue[lp.m + 1];
+    if (infeasibility <= lp.feastol) return ENGINE_OPTIMAL;
 
-    const double sum = sum_of_artificials(lp);
-    if (sum <= lp.feastol) {
-        claimed = sum;
-        return ENGINE_OPTIMAL;
-    }
-    const bool agrees = std::fabs(claimed - sum) <= std::max(lp.feastol, DRIFT * sum);
-    return agrees ? ENGINE_INFEASIBLE : ENGINE_MODELCHECK;
+    rebuild_infeasibility_row(lp);
+    const double opttol = std::exchange(lp.opttol, std::min(lp.opttol, SHARPEST_PRICING));
+    const EngineResult code = run_phase(lp, lp.m + 1, lp.n + lp.m);
+    lp.opttol = opttol;
+    // A column that meets no row is of no use.
+    if (code != ENGINE_OPTIMAL && code != ENGINE_UNBOUNDED) return code;
+    if (infeasibility <= lp.feastol) return ENGINE_OPTIMAL;
+
+    refreshiterate(lp);
+    return isinfeasible(lp) ? ENGINE_INFEASIBLE : ENGINE_MODELCHECK;
 }
 
 EngineResult run_phases(LpEngine& lp) noexcept
@@ -352,6 +373,15 @@ void finishpoint(LpEngine& lp) noexcept
     }
 }
 
+EngineResult solve_from_point(LpEngine& lp) noexcept
+{
+    placevariables(lp);
+    start_basis(lp);
+    const EngineResult code = run_phases(lp);
+    finishpoint(lp);
+    return code;
+}
+
 }  // namespace
 
 EngineResult solvesimplex(LpEngine& lp) noexcept
@@ -360,11 +390,16 @@ EngineResult solvesimplex(LpEngine& lp) noexcept
     getdblinfo(lp.control, &lp.opttol, INFO_OPTTOL);
     getdblinfo(lp.control, &lp.pivottol, INFO_PIVOTTOL);
 
-    if (!placevariables(lp)) return ENGINE_BADMODEL;
-    start_basis(lp);
-    const EngineResult code = run_phases(lp);
-    finishpoint(lp);
-    return code;
+    if (lp.n < 1 || lp.m < 0) return ENGINE_BADMODEL;
+    const EngineResult code = solve_from_point(lp);
+    const bool has_copy = lp.mode == MODE_LINEAR && lp.savedtableau;
+    if (code != ENGINE_MODELCHECK || !has_copy) return code;
+
+    // It is small pivots that errors grow by: the rows as read get a second chance without them.
+    constexpr double SAFE_PIVOT = 1e-4;
+    lp.pivottol = std::max(lp.pivottol, SAFE_PIVOT);
+    restoretableau(lp);
+    return solve_from_point(lp);
 }
 
 // ---- other costs, the same basis

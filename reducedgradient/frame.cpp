@@ -5,7 +5,8 @@
 //     nlpfinish  final evaluation, results to the Problem
 //
 // From one solve to the next the point carries over, and with it the bounds, which a strategy may
-// change. A stop or a failed evaluation ends the run: later solves return at once.
+// change. A stop or a failed evaluation ends the run: later solves return at once. Only the search for
+// an infeasible subset goes on after a failed evaluation: it speaks for the bound that was dropped.
 
 #include <algorithm>
 #include <new>
@@ -207,6 +208,8 @@ void take_start(NlpEngine& nlp, SolveRun& run) noexcept
     const double* const block = std::exchange(run.nodedata, nullptr);
     if ((run.flags & RUN_REPEATED) != 0 && block)
         std::copy_n(block + 1, nlp.variables, nlp.point.first());
+    if ((run.flags & RUN_ELASTIC) != 0 && nlp.status == ENGINE_EVALERROR)
+        nlp.status = ENGINE_OPTIMAL;
     limit_bounds(nlp.varlower, nlp.variables);
     limit_bounds(nlp.varupper, nlp.variables);
     std::copy_n(nlp.point.first(), nlp.variables, nlp.startpoint.first());

@@ -20,10 +20,15 @@
 
 namespace tarnwick {
 
+// Rounding can carry the one that limits the step past its bound, where the model may have no value.
 void move_superbasics(NlpEngine& nlp, double t) noexcept
 {
-    for (int k = 1; k <= nlp.nsuper; ++k)
-        nlp.point[nlp.nonbasic[k]] = nlp.direction[k] * t + nlp.superstart[k];
+    const bool is_within = t <= nlp.maxstep;
+    for (int k = 1; k <= nlp.nsuper; ++k) {
+        const int q = nlp.nonbasic[k];
+        const double x = nlp.direction[k] * t + nlp.superstart[k];
+        nlp.point[q] = is_within ? std::clamp(x, nlp.lower[q], nlp.upper[q]) : x;
+    }
 }
 
 // ---- prediction

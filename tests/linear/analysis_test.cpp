@@ -43,20 +43,17 @@ TEST(Analysis, gives_duals_and_ranges)
         SCOPED_TRACE(c.name);
         const Answer a = solve(c.model);
         expect_optimal(c.model, a);
-        const auto expect_number = [](double got, double want) {
-            EXPECT_NEAR(got, want, 1e-12 * (1.0 + std::fabs(want)));
+        const auto expect_numbers = [](const Reals& got, const Reals& want) {
+            for (std::size_t k = 0; k < want.size(); ++k)
+                EXPECT_NEAR(got[k], want[k], 1e-12 * (1.0 + std::fabs(want[k])));
         };
-        for (std::size_t j = 0; j < c.x.size(); ++j) {
-            expect_number(a.x[j], c.x[j]);
-            expect_number(a.dj[j], c.dj[j]);
-            expect_number(a.objlower[j], c.costs[j].lower);
-            expect_number(a.objupper[j], c.costs[j].upper);
-        }
-        for (std::size_t i = 0; i < c.pi.size(); ++i) {
-            expect_number(a.piout[i], c.pi[i]);
-            expect_number(a.rhslower[i], c.sides[i].lower);
-            expect_number(a.rhsupper[i], c.sides[i].upper);
-        }
+        expect_numbers(a.x, c.x);
+        expect_numbers(a.dj, c.dj);
+        expect_numbers(a.piout, c.pi);
+        for (std::size_t j = 0; j < c.x.size(); ++j)
+            expect_numbers({a.objlower[j], a.objupper[j]}, {c.costs[j].lower, c.costs[j].upper});
+        for (std::size_t i = 0; i < c.pi.size(); ++i)
+            expect_numbers({a.rhslower[i], a.rhsupper[i]}, {c.sides[i].lower, c.sides[i].upper});
     }
 }
 

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 #include "linear/ldl.h"
@@ -86,25 +87,22 @@ TEST(Decomposition, gives_orthogonal_factors_whose_product_is_the_matrix)
         for (int i = 1; i <= m; ++i)
             std::copy_n(c.rows[static_cast<std::size_t>(i - 1)].data(), n, s.u[i] + 1);
         ASSERT_TRUE(decompose(engine.record(), s.u, m, n, s.w, s.v, s.scratch));
-        double largest = 0.0;
+        const double tol = 1e-14 * (1.0 + c.largest);
+        EXPECT_NEAR(*std::max_element(s.w.first(), s.w.first() + n), c.largest, tol);
         for (int k = 1; k <= n; ++k) {
             EXPECT_GE(s.w[k], 0.0);
-            largest = std::max(largest, s.w[k]);
             for (int l = 1; l <= n; ++l) {
                 double product = 0.0;
                 for (int j = 1; j <= n; ++j) product += s.v[j][k] * s.v[j][l];
                 EXPECT_NEAR(product, k == l ? 1.0 : 0.0, 1e-14);
             }
         }
-        EXPECT_NEAR(largest, c.largest, 1e-14 * (1.0 + c.largest));
         for (int i = 1; i <= m; ++i)
             for (int j = 1; j <= n; ++j) {
-                double product = 0.0;
-                for (int k = 1; k <= n; ++k) product += s.u[i][k] * s.w[k] * s.v[j][k];
-                EXPECT_NEAR(
-                    product,
-                    c.rows[static_cast<std::size_t>(i - 1)][static_cast<std::size_t>(j - 1)],
-                    1e-14 * (1.0 + c.largest));
+                double rest =
+                    c.rows[static_cast<std::size_t>(i - 1)][static_cast<std::size_t>(j - 1)];
+                for (int k = 1; k <= n; ++k) rest -= s.u[i][k] * s.w[k] * s.v[j][k];
+                EXPECT_NEAR(rest, 0.0, tol);
             }
     }
     const Square wide(2, 2);
@@ -115,21 +113,19 @@ TEST(Factors, solve_a_definite_system_and_refuse_others)
 {
     // 4x + 2y = 8, 2x + 3y = 8 has the solution (1, 2).
     Square s(2, 2);
-    const auto fill = [&s](double a, double b, double d) {
+    const auto factor = [&s](double a, double b, double d) {
         s.u[1][1] = a;
         s.u[1][2] = s.u[2][1] = b;
         s.u[2][2] = d;
+        return factorldl(s.u, 2);
     };
-    fill(4, 2, 3);
-    ASSERT_TRUE(factorldl(s.u, 2));
+    ASSERT_TRUE(factor(4, 2, 3));
     s.w[1] = s.w[2] = 8.0;
     solveldl(s.u, s.w);
     EXPECT_NEAR(s.w[1], 1.0, 1e-15);
     EXPECT_NEAR(s.w[2], 2.0, 1e-15);
-    fill(1, 1, 1);
-    EXPECT_FALSE(factorldl(s.u, 2));
-    fill(std::nan(""), 1, 1);
-    EXPECT_FALSE(factorldl(s.u, 2));
+    EXPECT_FALSE(factor(1, 1, 1));
+    EXPECT_FALSE(factor(std::nan(""), 1, 1));
 }
 
 }  // namespace

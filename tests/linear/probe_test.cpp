@@ -74,11 +74,10 @@ TEST(Reading, adds_what_comes_twice_and_passes_over_rows_that_do_not_exist)
     EngineRun engine(loaded.lp);
     const LpEngine& lp = engine.record();
     for (int i = 1; i <= 3; ++i)
-        for (int j = 1; j <= 3; ++j) {
-            const Reals& row = meant.rows[static_cast<std::size_t>(i - 1)].a;
-            const int exponent = lp.rowexp[i] - lp.colexp[j];
-            EXPECT_EQ(std::ldexp(lp.tableau[i][j], exponent), row[static_cast<std::size_t>(j - 1)]);
-        }
+        for (int j = 1; j <= 3; ++j)
+            EXPECT_EQ(
+                std::ldexp(lp.tableau[i][j], lp.rowexp[i] - lp.colexp[j]),
+                meant.rows[static_cast<std::size_t>(i - 1)].a[static_cast<std::size_t>(j - 1)]);
 }
 
 // ---- rows

@@ -4,22 +4,22 @@
 
 #include <cmath>
 
-#include "tests/nonsmooth/openengine.h"
+#include "tests/nonsmooth/hostmodel.h"
 #include "tests/support/clock.h"
 
 namespace tarnwick {
 namespace {
 
-// One variable, one row that has the value of the variable, and the objective 10.
-NonSmooth one_row(char sense, double rhs)
+// One variable, one row that has the value of the variable, and the given objective.
+FunctionCase one_row(const char* sense, double rhs, double objective = 10.0)
 {
     return {.functions =
-                [](const Reals& x, double& objective, Reals& rows) {
-                    objective = 10.0;
+                [objective](const Reals& x, double& f, Reals& rows) {
+                    f = objective;
                     for (double& row : rows) row = x[0];
                     return true;
                 },
-            .senses = {sense},
+            .senses = sense,
             .rhs = {rhs},
             .lb = {-1e29},
             .ub = {1e29}};
@@ -31,29 +31,29 @@ TEST(Fitness, is_the_objective_with_a_penalty_for_violated_rows)
     const double EQUALITY = std::sqrt(1000.0);
     const struct {
         const char* name;
-        char sense;
+        const char* sense;
         double rhs, value, penalty;
     } CASES[] = {
-        {"kept",                              'L', 5,    4,       0                },
-        {"at its limit",                      'L', 5,    5,       0                },
-        {"excess is relative to the value",   'L', 999,  1000,    1e3 / 1001 / 1001},
-        {"excess at the value 0",             'L', -0.5, 0,       250              },
-        {"shortfall",                         'G', 2,    1,       250              },
-        {"within the tolerance",              'L', 0,    0.9e-6,  0                },
-        {"just beyond it",                    'L', 0,    1.1e-6,  1.21e-9          },
-        {"equation that holds",               'E', 3,    3,       0                },
-        {"equation: the square is tolerated", 'E', 0,    -0.9e-3, 0                },
-        {"equation: the square counts",       'E', 0,    1,       EQUALITY / 4     },
-        {"no limit on the side of 1e30",      'L', 5,    -1e300,  0                },
-        {"nor on the other",                  'G', 5,    1e300,   0                },
-        {"a limit of 1e30 is none",           'L', 1e30, 1e200,   0                },
+        {"kept",                              "L", 5,    4,       0                },
+        {"at its limit",                      "L", 5,    5,       0                },
+        {"excess is relative to the value",   "L", 999,  1000,    1e3 / 1001 / 1001},
+        {"excess at the value 0",             "L", -0.5, 0,       250              },
+        {"shortfall",                         "G", 2,    1,       250              },
+        {"within the tolerance",              "L", 0,    0.9e-6,  0                },
+        {"just beyond it",                    "L", 0,    1.1e-6,  1.21e-9          },
+        {"equation that holds",               "E", 3,    3,       0                },
+        {"equation: the square is tolerated", "E", 0,    -0.9e-3, 0                },
+        {"equation: the square counts",       "E", 0,    1,       EQUALITY / 4     },
+        {"no limit on the side of 1e30",      "L", 5,    -1e300,  0                },
+        {"nor on the other",                  "G", 5,    1e300,   0                },
+        {"a limit of 1e30 is none",           "L", 1e30, 1e200,   0                },
     };
     for (const auto& c : CASES) {
         SCOPED_TRACE(c.name);
         Engine engine(one_row(c.sense, c.rhs));
         NspEngine& nsp = engine.nsp;
-        nsp.rowlower[0] = c.sense == 'L' ? -HUGE_VAL : c.rhs;
-        nsp.rowupper[0] = c.sense == 'G' || c.rhs >= 1e30 ? HUGE_VAL : c.rhs;
+        nsp.rowlower[0] = *c.sense == 'L' ? -HUGE_VAL : c.rhs;
+        nsp.rowupper[0] = *c.sense == 'G' || c.rhs >= 1e30 ? HUGE_VAL : c.rhs;
         ASSERT_EQ(nsp_fitness(nsp, &c.value), CANDIDATE_STANDS);
         EXPECT_EQ(nsp.objective, 10.0);
         EXPECT_NEAR(nsp.fitness - 10.0, c.penalty, 1e-12 + 1e-12 * c.penalty);
@@ -63,12 +63,7 @@ TEST(Fitness, is_the_objective_with_a_penalty_for_violated_rows)
 
 TEST(Fitness, tells_a_violation_that_the_objective_would_swallow)
 {
-    Engine engine(one_row('L', 0.0));
-    engine.host.model.functions = [](const Reals& x, double& objective, Reals& rows) {
-        objective = 1e12;
-        rows[0] = x[0];
-        return true;
-    };
+    Engine engine(one_row("L", 0.0, 1e12));
     engine.nsp.rowlower[0] = -HUGE_VAL;
     const double x = 2e-6;
     ASSERT_EQ(nsp_fitness(engine.nsp, &x), CANDIDATE_STANDS);
@@ -77,7 +72,7 @@ TEST(Fitness, tells_a_violation_that_the_objective_would_swallow)
 
 TEST(Fitness, refuses_infeasible_candidates_until_as_many_were_refused_as_are_tolerated)
 {
-    Engine engine(one_row('L', 0.0));
+    Engine engine(one_row("L", 0.0));
     NspEngine& nsp = engine.nsp;
     nsp.infeasibletolerated = 2;
     const double outside = 1.0, inside = -1.0;
@@ -94,7 +89,7 @@ TEST(Fitness, refuses_infeasible_candidates_until_as_many_were_refused_as_are_to
 
 TEST(Fitness, lets_equations_be_off_by_a_tenth_in_all_and_refuses_failures)
 {
-    Engine engine(one_row('E', 0.0));
+    Engine engine(one_row("E", 0.0));
     NspEngine& nsp = engine.nsp;
     nsp.infeasibletolerated = 100;
     const double near = 0.11, far = 0.12;  // relative to 1.11 and 1.12
@@ -114,11 +109,30 @@ TEST(Fitness, lets_equations_be_off_by_a_tenth_in_all_and_refuses_failures)
     EXPECT_EQ(nsp.infeasibleinrow, 1) << "a failure is no infeasible candidate";
 }
 
+// One integer variable, in real units.
+struct Rounded : Engine {
+    Rounded() : Engine(integer()) {}
+    static FunctionCase integer()
+    {
+        FunctionCase model = one_row("L", 0.0);
+        model.ctype += 'I';
+        return model;
+    }
+    void put(double value, double scale, double lower, double upper)
+    {
+        nsp.varscale[0] = scale;
+        nsp.reallower[0] = lower;
+        nsp.realupper[0] = upper;
+        nsp.point[0] = value / scale;
+    }
+    double real() { return real_coordinate(nsp, 0, nsp.point[0]); }
+};
+
 TEST(Rounding, takes_the_nearest_whole_number_within_the_bounds)
 {
     const struct {
         const char* name;
-        double scale, value, lower, upper, want;  // in real units
+        double scale, value, lower, upper, want;
     } CASES[] = {
         {"nearer below",                   1,   2.4, 0,   5,   2  },
         {"nearer above",                   1,   2.6, 0,   5,   3  },
@@ -132,43 +146,30 @@ TEST(Rounding, takes_the_nearest_whole_number_within_the_bounds)
         {"scaled, at a bound that rounds", 0.7, 3.1, 3,   9,   3  },
         {"scaled, whole above its bound",  0.1, 3.0, 3,   3,   3  },
     };
+    Rounded engine;
     for (const auto& c : CASES) {
-        SCOPED_TRACE(c.name);
-        NonSmooth model = one_row('L', 0.0);
-        model.ctype = {'I'};
-        Engine engine(model);
-        NspEngine& nsp = engine.nsp;
-        nsp.varscale[0] = c.scale;
-        nsp.reallower[0] = c.lower;
-        nsp.realupper[0] = c.upper;
-        nsp.point[0] = c.value / c.scale;
-        nsp_round_integers(nsp, nsp.point);
-        EXPECT_EQ(real_coordinate(nsp, 0, nsp.point[0]), c.want);
+        engine.put(c.value, c.scale, c.lower, c.upper);
+        nsp_round_integers(engine.nsp, engine.nsp.point);
+        EXPECT_EQ(engine.real(), c.want) << c.name;
     }
 }
 
 TEST(Rounding, whole_numbers_stay_whole_under_every_scale)
 {
-    NonSmooth model = one_row('L', 0.0);
-    model.ctype = {'I'};
-    Engine engine(model);
-    NspEngine& nsp = engine.nsp;
-    nsp.reallower[0] = -1e9;
-    nsp.realupper[0] = 1e9;
+    Rounded engine;
     int inexact = 0;
     for (int k = 1; k <= 200; ++k)
         for (const double v : {1.0, -3.0, 7.0, 1e6 + 1.0, 123456789.0}) {
-            nsp.varscale[0] = k / 7.0;
-            nsp.point[0] = v / nsp.varscale[0];
-            inexact += nsp.point[0] * nsp.varscale[0] != v;
-            ASSERT_EQ(real_coordinate(nsp, 0, nsp.point[0]), v);
+            engine.put(v, k / 7.0, -1e9, 1e9);
+            inexact += engine.nsp.point[0] * (k / 7.0) != v;
+            ASSERT_EQ(engine.real(), v);
         }
     EXPECT_GT(inexact, 0) << "nothing was put to the test";
 }
 
 TEST(Repair, carries_the_values_of_the_repaired_point)
 {
-    Engine engine(one_row('L', 0.0));
+    Engine engine(one_row("L", 0.0));
     NspEngine& nsp = engine.nsp;
     engine.host.model.functions = [](const Reals& x, double& objective, Reals& rows) {
         objective = -x[0];
@@ -197,38 +198,38 @@ TEST(Repair, carries_the_values_of_the_repaired_point)
 
 TEST(Accounts, count_a_failure_row_as_an_iteration_and_watch_the_stall_clock)
 {
-    NonSmooth model = one_row('L', 0.0);
+    FunctionCase model = one_row("L", 0.0);
     model.variables = 2;
     model.lb = {-1, -1};
     model.ub = {1, 1};
     set_clock(5000);
     Engine engine(model);
     NspEngine& nsp = engine.nsp;
+    const auto account_at = [&nsp](std::uint32_t now, EngineResult outcome) {
+        set_clock(now);
+        return nsp_account(nsp, outcome, 0.0);
+    };
     engine.run.run.control->iterlimit = 100;
     engine.add({0.0, 0.0}, 1.0);
-    nsp.iterations = 0;
-    nsp.failuresinrow = 0;
+    nsp.iterations = nsp.failuresinrow = 0;
     nsp.stallseconds = 3;
     nsp.lastimprovetick = 5000;
     for (const int iterations : {0, 0, 1, 1, 1, 2}) {
-        EXPECT_EQ(nsp_account(nsp, CANDIDATE_REFUSED, 0.0), CANDIDATE_REFUSED);
+        EXPECT_EQ(account_at(5000, CANDIDATE_REFUSED), CANDIDATE_REFUSED);
         EXPECT_EQ(nsp.iterations, iterations);
     }
-    set_clock(8999);
-    EXPECT_EQ(nsp_account(nsp, CANDIDATE_REFUSED, 0.0), CANDIDATE_REFUSED) << "3 whole seconds";
-    set_clock(9000);
-    EXPECT_EQ(nsp_account(nsp, CANDIDATE_REFUSED, 0.0), ENGINE_STALLED) << "more than 3";
-    EXPECT_EQ(nsp_account(nsp, CANDIDATE_STANDS, 0.0), CANDIDATE_STANDS);
+    EXPECT_EQ(account_at(8999, CANDIDATE_REFUSED), CANDIDATE_REFUSED) << "3 whole seconds";
+    EXPECT_EQ(account_at(9000, CANDIDATE_REFUSED), ENGINE_STALLED) << "more than 3";
+    EXPECT_EQ(account_at(9000, CANDIDATE_STANDS), CANDIDATE_STANDS);
     EXPECT_EQ(nsp.iterations, 3);
     EXPECT_EQ(nsp.lastimprovetick, 9000u) << "the first reference counts as an improvement";
-    set_clock(12000);
-    EXPECT_EQ(nsp_account(nsp, CANDIDATE_STANDS, 0.0), CANDIDATE_STANDS);
+    EXPECT_EQ(account_at(12000, CANDIDATE_STANDS), CANDIDATE_STANDS);
     EXPECT_EQ(nsp.lastimprovetick, 9000u) << "the best fitness is what it was";
     engine.add({0.5, 0.0}, 0.5);
-    EXPECT_EQ(nsp_account(nsp, CANDIDATE_STANDS, 0.0), CANDIDATE_STANDS);
+    EXPECT_EQ(account_at(12000, CANDIDATE_STANDS), CANDIDATE_STANDS);
     EXPECT_EQ(nsp.lastimprovetick, 12000u);
 
-    // The clock steps with each of its readings; what a report takes is no time without improvement.
+    // The clock steps with each of its readings; a report takes no time without improvement.
     set_clock(20000, 100);
     nsp.lastimprovetick = 18000;
     EXPECT_EQ(nsp_account(nsp, CANDIDATE_STANDS, 0.0), CANDIDATE_STANDS);

@@ -6,44 +6,45 @@
 
 #include "nonsmooth/candidate.h"
 #include "nonsmooth/random.h"
-#include "tests/nonsmooth/openengine.h"
+#include "tests/nonsmooth/hostmodel.h"
 
 namespace tarnwick {
 namespace {
 
-bool any_point(const Reals&, double& objective, Reals&)
+HostFunctions always(double objective)
 {
-    objective = 0.0;
-    return true;
+    return [=](const Reals&, double& f, Reals&) {
+        f = objective;
+        return true;
+    };
 }
 
-// Ten feasible members in a box from -1 to 2, member k with the objective k.
+// Ten feasible members for each variable in a box from -1 to 2, member k with the objective k.
 struct Moves : Engine {
-    explicit Moves(int variables)
-        : Engine({.variables = variables,
-                  .functions = any_point,
-                  .lb = Reals(static_cast<std::size_t>(variables), -1.0),
-                  .ub = Reals(static_cast<std::size_t>(variables), 2.0)})
+    explicit Moves(std::size_t variables)
+        : Engine({.variables = static_cast<int>(variables),
+                  .functions = always(0.0),
+                  .lb = Reals(variables, -1.0),
+                  .ub = Reals(variables, 2.0)})
     {
         run.run.control->iterlimit = INT32_MAX;
         nsp.mutationcount = nsp.crossovercount = 0;
         nsp.acceptedcrossovers = nsp.iterations = 0;
         rng_seed(nsp.seed, 5);
-        EXPECT_EQ(nsp.popsize, std::min(10 * variables, 200));
-        for (int k = 1; k <= nsp.popsize; ++k) {
-            Reals point(static_cast<std::size_t>(variables), 0.01 * k);
-            add(point, k);
-        }
+        for (int k = 1; k <= nsp.popsize; ++k) add(Reals(variables, 0.01 * k), k);
     }
-    // The member that a move has made, released; null if it made none.
-    bool made(Reals& point)
+    // The point that a move has made, which must stand; the member goes.
+    Reals made_by(EngineResult (*move)(NspEngine&) noexcept)
     {
-        if (!nsp.pending) return false;
-        point.assign(nsp.pending->point, nsp.pending->point + nsp.variables);
+        EXPECT_EQ(move(nsp), CANDIDATE_STANDS);
+        const Reals x(nsp.pending->point, nsp.pending->point + nsp.variables);
         if (nsp.bestfeasible == nsp.pending) nsp.bestfeasible = nsp.ranking[0];
-        release_block(nsp.pending);
-        nsp.pending = nullptr;
-        return true;
+        release_block(std::exchange(nsp.pending, nullptr));
+        return x;
+    }
+    void set_objective(int p, double objective)
+    {
+        pop_at(nsp, p)->fitness = pop_at(nsp, p)->objective = objective;
     }
 };
 
@@ -51,13 +52,10 @@ TEST(Mutation, changes_one_variable_by_its_three_ways_and_never_the_last)
 {
     constexpr int CALLS = 4000;
     Moves moves(4);
-    NspEngine& nsp = moves.nsp;
     int at_bound = 0, moved[4] = {}, used[40] = {};
     double sum = 0.0;
     for (int k = 0; k < CALLS; ++k) {
-        ASSERT_EQ(nsp_mutate(nsp), CANDIDATE_STANDS);
-        Reals x;
-        ASSERT_TRUE(moves.made(x));
+        const Reals x = moves.made_by(nsp_mutate);
         const double parent = x[3];
         ++used[std::lround(parent * 100.0) - 1];
         int changes = 0;
@@ -66,8 +64,9 @@ TEST(Mutation, changes_one_variable_by_its_three_ways_and_never_the_last)
             ++changes;
             ++moved[j];
             ASSERT_TRUE(-1.0 <= x[j] && x[j] <= 2.0);
-            at_bound += x[j] == -1.0 || x[j] == 2.0;
-            sum += x[j] == -1.0 || x[j] == 2.0 ? 0.0 : x[j];
+            const bool is_bound = x[j] == -1.0 || x[j] == 2.0;
+            at_bound += is_bound;
+            sum += is_bound ? 0.0 : x[j];
         }
         ASSERT_EQ(changes, 1);
     }
@@ -92,11 +91,8 @@ TEST(Mutation, must_be_better_than_nearly_the_worst)
             moves.add({0.5}, last < 0.0 ? -1.0 : 20.0);
             NspEngine& nsp = moves.nsp;
             for (int p = 1; p <= nsp.count; ++p)
-                pop_at(nsp, p)->fitness = pop_at(nsp, p)->objective = last - (nsp.count - p) * 1e-3;
-            moves.host.model.functions = [&](const Reals&, double& objective, Reals&) {
-                objective = last * share;
-                return true;
-            };
+                moves.set_objective(p, last - (nsp.count - p) * 1e-3);
+            moves.host.model.functions = always(last * share);
             const bool good = last * share < 0.99 * last;
             EXPECT_EQ(nsp_mutate(nsp), good ? CANDIDATE_STANDS : CANDIDATE_REFUSED) << last * share;
             EXPECT_EQ(nsp.pending != nullptr, good);
@@ -111,9 +107,7 @@ TEST(Crossover, makes_points_of_the_box_from_two_members)
     int on_line = 0;
     constexpr int CALLS = 3000;
     for (int k = 0; k < CALLS; ++k) {
-        ASSERT_EQ(nsp_crossover(nsp), CANDIDATE_STANDS);
-        Reals x;
-        ASSERT_TRUE(moves.made(x));
+        const Reals x = moves.made_by(nsp_crossover);
         for (const double v : x) ASSERT_TRUE(-1.0 <= v && v <= 2.0);
         on_line += x[0] > 0.0199 && x[0] < 0.2901;
     }
@@ -128,21 +122,12 @@ TEST(Crossover, finds_the_minimum_of_a_parabola)
 {
     Moves moves(1);
     NspEngine& nsp = moves.nsp;
-    for (int p = 1; p <= nsp.count; ++p) {
-        NspMember& member = *pop_at(nsp, p);
-        member.fitness = member.objective = std::pow(member.point[0] - 1.5, 2.0);
-    }
+    for (int p = 1; p <= nsp.count; ++p)
+        moves.set_objective(p, std::pow(pop_at(nsp, p)->point[0] - 1.5, 2.0));
     std::reverse(nsp.ranking.data(), nsp.ranking.data() + nsp.count);
-    moves.host.model.functions = [](const Reals&, double& objective, Reals&) {
-        objective = -1.0;
-        return true;
-    };
+    moves.host.model.functions = always(-1.0);
     int hits = 0;
-    for (int k = 0; k < 300; ++k) {
-        ASSERT_EQ(nsp_crossover(nsp), CANDIDATE_STANDS);
-        Reals x;
-        if (moves.made(x)) hits += std::fabs(x[0] - 1.5) < 1e-6;
-    }
+    for (int k = 0; k < 300; ++k) hits += std::fabs(moves.made_by(nsp_crossover)[0] - 1.5) < 1e-6;
     EXPECT_NEAR(hits, 201, 40);
 }
 
@@ -150,8 +135,10 @@ TEST(Crossover, of_members_that_are_alike_is_a_failure)
 {
     Moves moves(2);
     NspEngine& nsp = moves.nsp;
-    for (int p = 1; p <= nsp.count; ++p) nsp.ranking[p - 1]->point[0] = p * 1e-9;
-    for (int p = 1; p <= nsp.count; ++p) nsp.ranking[p - 1]->point[1] = 0.5;
+    for (int p = 1; p <= nsp.count; ++p) {
+        pop_at(nsp, p)->point[0] = p * 1e-9;
+        pop_at(nsp, p)->point[1] = 0.5;
+    }
     const long before = moves.host.evaluations;
     EXPECT_EQ(nsp_crossover(nsp), CANDIDATE_REFUSED);
     EXPECT_EQ(moves.host.evaluations, before);
@@ -164,16 +151,14 @@ TEST(Resampling, draws_around_the_best_member)
     Moves moves(1);
     NspEngine& nsp = moves.nsp;
     // First at 0.5, last at 1.2: mean 1/2 and variance 0.175 on a box of width 3.
-    nsp.ranking[0]->point[0] = 0.5;
-    nsp.ranking[nsp.count - 1]->point[0] = 1.2;
+    pop_first(nsp).point[0] = 0.5;
+    pop_last(nsp).point[0] = 1.2;
     constexpr int CALLS = 4000;
     double sum = 0.0, squares = 0.0;
     for (int k = 0; k < CALLS; ++k) {
-        ASSERT_EQ(nsp_resample(nsp), CANDIDATE_STANDS);
-        Reals x;
-        ASSERT_TRUE(moves.made(x));
-        sum += x[0];
-        squares += (x[0] - 0.5) * (x[0] - 0.5);
+        const double x = moves.made_by(nsp_resample)[0];
+        sum += x;
+        squares += (x - 0.5) * (x - 0.5);
     }
     EXPECT_NEAR(sum / CALLS, 0.5, 0.03);
     EXPECT_NEAR(squares / CALLS, 0.175, 0.015);

@@ -71,33 +71,36 @@ double distance(std::vector<double> sample, const std::function<double(double)>&
 
 TEST(Random, deviates_have_their_distributions)
 {
-    const double PI = std::acos(-1.0);
+    using std::exp;
+    using std::sqrt;
+    // clang-format off
     const struct {
         const char* name;
         std::function<double(std::int32_t&)> draw;
         std::function<double(double)> distribution;
     } CASES[] = {
-        {"uniform",                           [](auto& s) { return rng_uniform(s); },         [](double x) { return x; }},
-        {"exponential",                       [](auto& s) { return rng_exponential(s); },
-         [](double x) { return 1.0 - std::exp(-x); }                                                                    },
-        {"gamma of shape 1/2",                [](auto& s) { return rng_gamma(s, 0.5, 1.0); },
-         [](double x) { return std::erf(std::sqrt(x)); }                                                                },
-        {"gamma of shape 1, rate 4",          [](auto& s) { return rng_gamma(s, 1.0, 4.0); },
-         [](double x) { return 1.0 - std::exp(-4.0 * x); }                                                              },
-        {"gamma of shape 2, rate 3",          [](auto& s) { return rng_gamma(s, 2.0, 3.0); },
-         [](double x) { return 1.0 - std::exp(-3.0 * x) * (1.0 + 3.0 * x); }                                            },
-        {"gamma of shape 1e8: nearly normal",
-         [](auto& s) { return (rng_gamma(s, 1e8, 1.0) - 1e8) / 1e4; },
-         [](double x) { return 0.5 * std::erfc(-x / std::sqrt(2.0)); }                                                  },
-        {"beta of small shapes",              [](auto& s) { return rng_beta(s, 0.5, 0.5); },
-         [PI](double x) { return 2.0 / PI * std::asin(std::sqrt(x)); }                                                  },
-        {"beta with a second shape of 1",     [](auto& s) { return rng_beta(s, 0.3, 1.0); },
-         [](double x) { return std::pow(x, 0.3); }                                                                      },
-        {"beta with a first shape of 1",      [](auto& s) { return rng_beta(s, 1.0, 40.0); },
-         [](double x) { return 1.0 - std::pow(1.0 - x, 40.0); }                                                         },
-        {"beta of 2 and 2",                   [](auto& s) { return rng_beta(s, 2.0, 2.0); },
-         [](double x) { return x * x * (3.0 - 2.0 * x); }                                                               },
+        {"uniform",             [](auto& s) { return rng_uniform(s); },
+         [](double x) { return x; }},
+        {"exponential",         [](auto& s) { return rng_exponential(s); },
+         [](double x) { return 1.0 - exp(-x); }},
+        {"gamma of shape 1/2",  [](auto& s) { return rng_gamma(s, 0.5, 1.0); },
+         [](double x) { return std::erf(sqrt(x)); }},
+        {"shape 1, rate 4",     [](auto& s) { return rng_gamma(s, 1.0, 4.0); },
+         [](double x) { return 1.0 - exp(-4.0 * x); }},
+        {"shape 2, rate 3",     [](auto& s) { return rng_gamma(s, 2.0, 3.0); },
+         [](double x) { return 1.0 - exp(-3.0 * x) * (1.0 + 3.0 * x); }},
+        {"nearly normal",       [](auto& s) { return (rng_gamma(s, 1e8, 1.0) - 1e8) / 1e4; },
+         [](double x) { return 0.5 * std::erfc(-x / sqrt(2.0)); }},
+        {"beta of small shapes", [](auto& s) { return rng_beta(s, 0.5, 0.5); },
+         [](double x) { return 2.0 / std::acos(-1.0) * std::asin(sqrt(x)); }},
+        {"a second shape of 1", [](auto& s) { return rng_beta(s, 0.3, 1.0); },
+         [](double x) { return std::pow(x, 0.3); }},
+        {"a first shape of 1",  [](auto& s) { return rng_beta(s, 1.0, 40.0); },
+         [](double x) { return 1.0 - std::pow(1.0 - x, 40.0); }},
+        {"beta of 2 and 2",     [](auto& s) { return rng_beta(s, 2.0, 2.0); },
+         [](double x) { return x * x * (3.0 - 2.0 * x); }},
     };
+    // clang-format on
     for (const auto& c : CASES) {
         std::int32_t seed;
         rng_seed(seed, 4711);

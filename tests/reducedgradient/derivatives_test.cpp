@@ -11,26 +11,20 @@ namespace {
 // Phase 1 has a gradient for x, the objective has none: what isn't passed is zero.
 TEST(SmoothDerivatives, that_the_host_does_not_pass_are_zero)
 {
-    SmoothHost host({
-        .name = "zero entries",
-        .variables = 2,
-        .functions =
-            [](const Reals& x, double& f, Reals& g) {
-                f = std::pow(x[1] - 2, 2);
-                g[0] = x[0] + x[1];
-                return true;
-                                                     },
-        .senses = "G",
-        .rhs = {4},
-        .lb = {0, 0},
-        .ub = {3, 9},
-        .derivatives =
-            [](const Reals& x, Reals& c, Reals& a) {
-                c = {0, 2 * (x[1] - 2)};
-                a = {1, 1};
-                return true;
-                                                     }
-    });
+    Smooth model{.variables = 2, .senses = "G", .rhs = {4}};
+    model.functions = [](const Reals& x, double& f, Reals& g) {
+        f = std::pow(x[1] - 2, 2);
+        g[0] = x[0] + x[1];
+        return true;
+    };
+    model.derivatives = [](const Reals& x, Reals& c, Reals& a) {
+        c = {0, 2 * (x[1] - 2)};
+        a = {1, 1};
+        return true;
+    };
+    model.lb = {0, 0};
+    model.ub = {3, 9};
+    SmoothHost host(model);
     setintparam(host.lp, PARAM_NLPDERIVMODE, 2);
     const Answer answer = host.solve();
     EXPECT_EQ(answer.status, STAT_OPTIMAL);
@@ -38,41 +32,36 @@ TEST(SmoothDerivatives, that_the_host_does_not_pass_are_zero)
     expect_stationary(host, answer, 1e-3);
 }
 
-// Strongly curved, with the optimum on bounds: (1, 4, 2) with x y z = 8.
+// Strongly curved, with the optimum on bounds: (1, 4, 2) with x y z = 8. The error is in the row's
+// entry for y, and z is fixed, so that its wrong entry is not looked at.
 Smooth curved(double error)
 {
-    return {
-        .name = "curved",
-        .variables = 3,
-        .functions =
-            [](const Reals& x, double& f, Reals& g) {
-                f = 50 * x[0] * x[0] + std::exp(x[1]) + 20 * x[2] * x[2];
-                g[0] = x[0] * x[1] * x[2];
-                return true;
-                                                     },
-        .senses = "G",
-        .rhs = {8 },
-        .start = {1,  5, 2},
-        .lb = {1, 4, 2},
-        .ub = {3,  9, 2},
-        .derivatives =
-            [error](const Reals& x, Reals& c, Reals& a) {
-                c = {100 * x[0], std::exp(x[1]), -1};  // z is fixed
-                a = {x[1] * x[2], x[0] * x[2] + error, 0};
-                return true;
-                                                     }
+    Smooth model{.variables = 3, .senses = "G", .rhs = {8}};
+    model.functions = [](const Reals& x, double& f, Reals& g) {
+        f = 50 * x[0] * x[0] + std::exp(x[1]) + 20 * x[2] * x[2];
+        g[0] = x[0] * x[1] * x[2];
+        return true;
     };
+    model.derivatives = [error](const Reals& x, Reals& c, Reals& a) {
+        c = {100 * x[0], std::exp(x[1]), -1};
+        a = {x[1] * x[2], x[0] * x[2] + error, 0};
+        return true;
+    };
+    model.start = {1, 5, 2};
+    model.lb = {1, 4, 2};
+    model.ub = {3, 9, 2};
+    return model;
 }
+const double CURVED = 50 + std::exp(4.0) + 80;
 
 TEST(SmoothDerivatives, pass_their_check_when_they_are_right)
 {
     for (const std::int32_t scaling : {-1, 0}) {
         SmoothHost host(curved(0.0));
-        setintparam(host.lp, PARAM_SCALING, scaling);
-        setintparam(host.lp, PARAM_NLPDERIVMODE, 3);
+        set(host.lp, PARAM_SCALING, scaling, PARAM_NLPDERIVMODE, 3);
         const Answer answer = host.solve();
         EXPECT_EQ(answer.status, STAT_OPTIMAL);
-        EXPECT_NEAR(answer.objval, 50 + std::exp(4.0) + 80, 1e-4);
+        EXPECT_NEAR(answer.objval, CURVED, 1e-4);
     }
 }
 
@@ -93,8 +82,7 @@ TEST(SmoothDerivatives, that_are_wrong_can_be_passed_over)
     const MessageLog log;
     SmoothHost host(curved(0.01));
     setintparam(host.lp, PARAM_NLPDERIVMODE, 3);
-    const Answer answer = host.solve();
-    EXPECT_NEAR(answer.objval, 50 + std::exp(4.0) + 80, 1e-4);
+    EXPECT_NEAR(host.solve().objval, CURVED, 1e-4);
     const auto shown = MessageLog::take();
     ASSERT_FALSE(shown.empty());
     EXPECT_EQ(shown[0].text, "Jacobian [0, 1] = 2.01, should be 2.0");
@@ -102,75 +90,110 @@ TEST(SmoothDerivatives, that_are_wrong_can_be_passed_over)
 
 // ---- columns that prove constant
 
-TEST(SmoothDerivatives, of_constant_columns_are_spared_after_four_sweeps)
+// A long way in small steps: x and y bend, the others are linear.
+bool mostly_linear(const Reals& x, double& f, Reals& g)
 {
-    long spared = 0, all = 0;
-    for (const std::int32_t recognise : {0, 1}) {
-        // A long way in small steps: the first row bends, x3 to x8 are linear.
-        SmoothHost host({
-            .name = "mostly linear",
-            .variables = 8,
-            .functions =
-                [](const Reals& x, double& f, Reals& g) {
-                    f = 100 * std::pow(x[1] - x[0] * x[0], 2) + std::pow(1 - x[0], 2);
-                    g[0] = 0.0;
-                    for (std::size_t j = 2; j < 8; ++j) {
-                        f += static_cast<double>(j) * x[j];
-                        g[0] += x[j];
-                    }
-                    return true;
-                                                         },
-            .senses = "G",
-            .rhs = {                                                               4},
-            .start = { -1.2, 1,  1, 1, 1, 1, 1, 1},
-            .lb = { -9,   -9, 0, 0, 0, 0, 0, 0},
-            .ub = Reals(8, 9.0)
-        });
-        setintparam(host.lp, PARAM_NLPRECOGLIN, recognise);
-        setintparam(host.lp, PARAM_SCALING, -1);
-        setintparam(host.lp, PARAM_NLPDERIVMODE, 1);
-        const Answer answer = host.solve();
-        EXPECT_TRUE(answer.status == STAT_OPTIMAL || answer.status == STAT_CONVERGED);
-        EXPECT_NEAR(answer.objval, 8.0, 1e-2);
-        (recognise ? spared : all) = host.evaluations;
+    f = 100 * std::pow(x[1] - x[0] * x[0], 2) + std::pow(1 - x[0], 2);
+    g[0] = 0.0;
+    for (std::size_t j = 2; j < 8; ++j) {
+        f += static_cast<double>(j) * x[j];
+        g[0] += x[j];
     }
-    EXPECT_LT(spared, all * 6 / 10);
+    return true;
 }
 
-// Linear as far as the path goes, until the last of its points.
+TEST(SmoothDerivatives, of_constant_columns_are_spared_after_four_sweeps)
+{
+    long evaluations[2];
+    for (const int recognise : {0, 1}) {
+        Smooth model{.variables = 8, .functions = mostly_linear, .senses = "G", .rhs = {4}};
+        model.start = {-1.2, 1, 1, 1, 1, 1, 1, 1};
+        model.lb = {-9, -9, 0, 0, 0, 0, 0, 0};
+        model.ub = Reals(8, 9.0);
+        SmoothHost host(model);
+        set(host.lp,
+            {
+                {PARAM_NLPRECOGLIN,  recognise},
+                {PARAM_SCALING,      -1       },
+                {PARAM_NLPDERIVMODE, 1        }
+        });
+        const Answer answer = host.solve();
+        EXPECT_TRUE(is_good(answer.status)) << answer.status;
+        EXPECT_NEAR(answer.objval, 8.0, 1e-2);
+        evaluations[recognise] = host.evaluations;
+    }
+    EXPECT_LT(evaluations[1], evaluations[0] * 6 / 10);
+}
+
+// Linear as far as the path goes, until the very last calls, those of the check, which stays between
+// the bounds.
 TEST(SmoothDerivatives, of_columns_that_only_seemed_constant_are_found_out)
 {
-    long call = 0;
-    SmoothHost host({
-        .name = "bends at last",
-        .variables = 2,
-        .functions =
-            [&call](const Reals& x, double& f, Reals&) {
-                f = 100 * std::pow(x[1] - 3, 4) + x[0];
-                if (x[0] < 1e-9) f += 1e-3 * std::pow(x[0], 2);
-                ++call;
-                return true;
-                                                        },
-        .start = {                                                              5, 0},
-        .lb = {  0, -9},
-        .ub = { 9, 9}
-    });
-    setintparam(host.lp, PARAM_NLPRECOGLIN, 1);
-    setintparam(host.lp, PARAM_SCALING, -1);
-    EXPECT_NE(host.solve().status, STAT_MODELCHECK);
-    const long all = call;
+    for (const std::int32_t scaling : {-1, 0}) {
+        SCOPED_TRACE(scaling);
+        long call = 0, bent_from = 1000000;
+        Smooth model{
+            .variables = 3, .senses = "L", .rhs = {900},
+                    .start = { 5, 0, 2}
+        };
+        model.lb = {0, -9, -9};
+        model.ub = {9, 9, 4};
+        model.functions = [&](const Reals& x, double& f, Reals& g) {
+            f = 100 * std::pow(x[1] - 3, 4) + x[0] - 7 * x[2];
+            g[0] = 40 * x[0] + 0.001 * x[2];
+            if (++call >= bent_from) f += x[0];
+            EXPECT_TRUE(0 <= x[0] && x[2] <= 4) << x[0] << " " << x[2];
+            return true;
+        };
+        SmoothHost host(model);
+        set(host.lp, PARAM_NLPRECOGLIN, 1, PARAM_SCALING, scaling);
+        EXPECT_TRUE(is_good(host.solve().status));
+        bent_from = std::exchange(call, 0) - 3;
+        EXPECT_EQ(host.solve().status, STAT_MODELCHECK);
+    }
+}
 
-    // The same with another slope in the very last calls, those of the check.
-    SmoothHost bent(host.model);
-    call = 0;
-    bent.model.functions = [&call, all](const Reals& x, double& f, Reals&) {
-        f = 100 * std::pow(x[1] - 3, 4) + x[0];
-        if (++call > all - 4) f += x[0];
-        return true;
-    };
-    setintparam(bent.lp, PARAM_NLPRECOGLIN, 1);
-    setintparam(bent.lp, PARAM_SCALING, -1);
-    EXPECT_EQ(bent.solve().status, STAT_MODELCHECK);
+// ---- failures
+
+// A point in scaled units would be near (1, 1), far from these bounds. The final call is at the point
+// itself, not beside it.
+TEST(SmoothDerivatives, that_fail_leave_the_point_in_the_units_of_the_host)
+{
+    for (const std::int32_t derivmode : {0, 1, 2, 3})
+        for (long bad = 1, call = 1; bad <= call && !HasFailure(); ++bad) {
+            SCOPED_TRACE(testing::Message() << "derivatives " << derivmode << ", call " << bad);
+            Reals failed, final;
+            const auto succeeds = [&](const Reals& x) {
+                EXPECT_TRUE(80 < x[0] && x[0] < 130 && 0.005 < x[1] && x[1] < 0.05)
+                    << x[0] << " " << x[1];
+                final = x;
+                if (++call == bad) failed = x;
+                return call != bad;
+            };
+            Smooth model{
+                .variables = 2, .senses = "G", .rhs = {100  },
+                        .start = { 110, 0.03}
+            };
+            model.lb = {90, 0.01};
+            model.ub = {120, 0.04};
+            model.functions = [&](const Reals& x, double& f, Reals& g) {
+                f = std::pow(x[0] - 105, 2) + 1e4 * std::pow(x[1] - 0.02, 2);
+                g[0] = x[0] + 1000 * x[1];
+                return succeeds(x);
+            };
+            model.derivatives = [&](const Reals& x, Reals& c, Reals& a) {
+                c = {2 * (x[0] - 105), 2e4 * (x[1] - 0.02)};
+                a = {1, 1000};
+                return succeeds(x);
+            };
+            SmoothHost host(model);
+            call = 0;
+            setintparam(host.lp, PARAM_NLPDERIVMODE, derivmode);
+            const Answer answer = host.solve();
+            EXPECT_TRUE(call <= bad || answer.status == STAT_EVALERROR) << answer.status;
+            for (const auto& [column, point] : host.beside)
+                EXPECT_TRUE(point != failed || final != failed) << column;
+        }
 }
 
 }  // namespace

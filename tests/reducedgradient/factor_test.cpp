@@ -8,7 +8,13 @@
 namespace tarnwick {
 namespace {
 
-using Square = std::vector<std::vector<double>>;
+// Rows and columns are counted from 1.
+struct Square : std::vector<std::vector<double>> {
+    explicit Square(int n) : vector(index(n) + 1, std::vector<double>(index(n) + 1)) {}
+    static std::size_t index(int i) { return static_cast<std::size_t>(i); }
+    double& at(int i, int k) { return (*this)[index(i)][index(k)]; }
+    double at(int i, int k) const { return (*this)[index(i)][index(k)]; }
+};
 
 // An engine with nothing but a factor of random entries.
 class Factored {
@@ -39,13 +45,10 @@ class Factored {
     // L L'.
     Square product()
     {
-        const auto n = static_cast<std::size_t>(nlp.nsuper);
-        Square b(n + 1, std::vector<double>(n + 1));
+        Square b(nlp.nsuper);
         for (int i = 1; i <= nlp.nsuper; ++i)
             for (int k = 1; k <= nlp.nsuper; ++k)
-                for (int j = 1; j <= std::min(i, k); ++j)
-                    b[static_cast<std::size_t>(i)][static_cast<std::size_t>(k)] +=
-                        at(i, j) * at(k, j);
+                for (int j = 1; j <= std::min(i, k); ++j) b.at(i, k) += at(i, j) * at(k, j);
         return b;
     }
 
@@ -69,27 +72,21 @@ TEST(Factor, follows_the_bfgs_formula)
         SCOPED_TRACE(seed);
         Factored f(5, seed);
         Square b = f.product();
-        // prevredgrad = -B direction, as the direction was made, and y's > 0.
+        const auto &d = f.nlp.direction, &g = f.nlp.prevredgrad, &y = f.nlp.gradchange;
+        // g = -B d, as the direction was made, and y'd > 0.
         f.nlp.step = 0.7;
         double dy = 0.0, dg = 0.0;
         for (int i = 1; i <= 5; ++i) {
-            f.nlp.prevredgrad[i] = 0.0;
-            for (int k = 1; k <= 5; ++k)
-                f.nlp.prevredgrad[i] -=
-                    b[static_cast<std::size_t>(i)][static_cast<std::size_t>(k)] *
-                    f.nlp.direction[k];
+            g[i] = 0.0;
+            for (int k = 1; k <= 5; ++k) g[i] -= b.at(i, k) * d[k];
+            dy += d[i] * y[i];
+            dg += d[i] * g[i];
         }
-        for (int i = 1; i <= 5; ++i) dy += f.nlp.direction[i] * f.nlp.gradchange[i];
-        for (int i = 1; i <= 5; ++i) {
-            if (dy < 0) f.nlp.gradchange[i] = -f.nlp.gradchange[i];
-            dg += f.nlp.direction[i] * f.nlp.prevredgrad[i];
-        }
+        for (int i = 1; i <= 5 && dy < 0.0; ++i) y[i] = -y[i];
         dy = std::fabs(dy);
         for (int i = 1; i <= 5; ++i)
             for (int k = 1; k <= 5; ++k)
-                b[static_cast<std::size_t>(i)][static_cast<std::size_t>(k)] +=
-                    f.nlp.gradchange[i] * f.nlp.gradchange[k] / (dy * f.nlp.step) +
-                    f.nlp.prevredgrad[i] * f.nlp.prevredgrad[k] / dg;
+                b.at(i, k) += y[i] * y[k] / (dy * f.nlp.step) + g[i] * g[k] / dg;
         nlp_bfgs_update(f.nlp, dy, dg);
         expect_equal(f.product(), b);
     }
@@ -122,10 +119,9 @@ TEST(Factor, follows_a_new_order_of_the_superbasics)
     std::int32_t order[] = {0, 4, 1, 5, 2, 3};
     const double first = f.nlp.direction[4], last = f.nlp.prevredgrad[3];
     ASSERT_TRUE(nlp_factor_permute(f.nlp, {order, 5}));
-    Square want = b;
-    for (std::size_t i = 1; i <= 5; ++i)
-        for (std::size_t k = 1; k <= 5; ++k)
-            want[i][k] = b[static_cast<std::size_t>(order[i])][static_cast<std::size_t>(order[k])];
+    Square want(5);
+    for (int i = 1; i <= 5; ++i)
+        for (int k = 1; k <= 5; ++k) want.at(i, k) = b.at(order[i], order[k]);
     expect_equal(f.product(), want);
     EXPECT_EQ(f.nlp.direction[1], first);
     EXPECT_EQ(f.nlp.prevredgrad[5], last);
@@ -137,10 +133,10 @@ TEST(Factor, solves_for_the_direction)
     const Square b = f.product();
     const std::vector<double> right(f.nlp.direction.data(), f.nlp.direction.data() + 7);
     nlp_factor_solve(f.nlp);
-    for (std::size_t i = 1; i <= 6; ++i) {
+    for (int i = 1; i <= 6; ++i) {
         double sum = 0.0;
-        for (std::size_t k = 1; k <= 6; ++k) sum += b[i][k] * f.nlp.direction[static_cast<int>(k)];
-        EXPECT_NEAR(sum, right[i], 1e-10);
+        for (int k = 1; k <= 6; ++k) sum += b.at(i, k) * f.nlp.direction[k];
+        EXPECT_NEAR(sum, right[Square::index(i)], 1e-10);
     }
 }
 

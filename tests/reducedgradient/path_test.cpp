@@ -58,8 +58,6 @@ const struct {
 };
 // clang-format on
 
-bool is_good(std::int32_t status) { return status == STAT_OPTIMAL || status == STAT_CONVERGED; }
-
 TEST(SmoothPaths, end_at_the_optimum)
 {
     for (const auto& c : CASES)
@@ -68,8 +66,7 @@ TEST(SmoothPaths, end_at_the_optimum)
                 SCOPED_TRACE(testing::Message() << c.model.name << ", scaling " << scaling
                                                 << ", derivatives " << derivmode);
                 SmoothHost host(c.model);
-                setintparam(host.lp, PARAM_SCALING, scaling);
-                setintparam(host.lp, PARAM_NLPDERIVMODE, derivmode);
+                set(host.lp, PARAM_SCALING, scaling, PARAM_NLPDERIVMODE, derivmode);
                 const Answer answer = host.solve();
                 EXPECT_TRUE(is_good(answer.status)) << answer.status;
                 EXPECT_NEAR(answer.objval, c.optimum, 1e-4);
@@ -78,38 +75,30 @@ TEST(SmoothPaths, end_at_the_optimum)
 
 // ---- models with a proof: convex quadratics over linear rows, as the linear engine solves them
 
-// The host's function and derivatives for a model that is given by arrays.
+// The host's function for a model that is given by arrays, and its derivatives.
 Smooth by_functions(const LinearModel& model)
 {
-    Smooth smooth{.name = "convex",
-                  .variables = static_cast<int>(model.numcols()),
-                  .functions =
-                      [model](const Reals& x, double& f, Reals& g) {
-                          f = product(model.obj, x);
-                          for (std::size_t i = 0; i < model.q.size(); ++i)
-                              f += x[i] * product(model.q[i], x);
-                          for (std::size_t i = 0; i < g.size(); ++i)
-                              g[i] = product(model.rows[i].a, x);
-                          return true;
-                      },
-                  .derivatives =
-                      [model](const Reals& x, Reals& c, Reals& a) {
-                          for (std::size_t j = 0; j < x.size(); ++j) {
-                              c[j] = model.obj[j];
-                              if (!model.q.empty()) c[j] += 2 * product(model.q[j], x);
-                              for (std::size_t i = 0; i < model.numrows(); ++i)
-                                  a[j * model.numrows() + i] = model.rows[i].a[j];
-                          }
-                          return true;
-                      }};
-    smooth.objsen = model.objsen;
+    Smooth smooth{.variables = static_cast<int>(model.numcols()),
+                  .lb = model.lb,
+                  .ub = model.ub,
+                  .objsen = model.objsen};
+    smooth.functions = [model](const Reals& x, double& f, Reals& g) {
+        f = product(model.obj, x);
+        for (std::size_t i = 0; i < model.q.size(); ++i) f += x[i] * product(model.q[i], x);
+        for (std::size_t i = 0; i < g.size(); ++i) g[i] = product(model.rows[i].a, x);
+        return true;
+    };
+    smooth.derivatives = [model](const Reals& x, Reals& c, Reals& a) {
+        for (std::size_t j = 0; j < x.size(); ++j) {
+            c[j] = model.obj[j] + (model.q.empty() ? 0.0 : 2 * product(model.q[j], x));
+            for (std::size_t i = 0; i < model.numrows(); ++i)
+                a[j * model.numrows() + i] = model.rows[i].a[j];
+        }
+        return true;
+    };
     for (const auto& row : model.rows) {
         smooth.senses += row.sense;
         smooth.rhs.push_back(row.rhs);
-    }
-    for (std::size_t j = 0; j < model.numcols(); ++j) {
-        smooth.lb.push_back(model.lower(j));
-        smooth.ub.push_back(model.upper(j));
     }
     return smooth;
 }
@@ -150,18 +139,10 @@ TEST(SmoothPaths, agree_with_the_linear_engine)
         if (seed % 2 == 0) make_quadratic(model, draw);
         const Answer given = solve(model);
         SmoothHost host(by_functions(model));
-        const auto pick = [&draw](int most) {
-            return std::uniform_int_distribution<>(0, most)(draw);
-        };
-        const std::int32_t derivmode = pick(2), scaling = pick(1) - 1, cgonly = pick(1),
-                           quadext = pick(1);
-        SCOPED_TRACE(testing::Message()
-                     << "seed " << seed << ", derivatives " << derivmode << ", scaling " << scaling
-                     << ", conjugate only " << cgonly << ", parabolas " << quadext);
-        setintparam(host.lp, PARAM_NLPDERIVMODE, derivmode);
-        setintparam(host.lp, PARAM_SCALING, scaling);
-        setintparam(host.lp, PARAM_NLPCGONLY, cgonly);
-        setintparam(host.lp, PARAM_NLPQUADEXT, quadext);
+        const auto pick = [&](int most) { return std::uniform_int_distribution<>(0, most)(draw); };
+        SCOPED_TRACE(testing::Message() << "seed " << seed);
+        set(host.lp, PARAM_NLPDERIVMODE, pick(2), PARAM_SCALING, pick(1) - 1, PARAM_NLPCGONLY,
+            pick(1), PARAM_NLPQUADEXT, pick(1));
         const Answer answer = host.solve();
         if (!is_good(given.status)) {
             EXPECT_EQ(answer.status, given.status);

@@ -61,9 +61,11 @@ Allowance allowance_of(const FunctionProblem& problem)
 // Distance from the optimum or from the nearest known local one.
 double gap(const FunctionProblem& problem, double f)
 {
-    double nearest = std::fabs(f - problem.optimum) / (1 + std::fabs(problem.optimum));
-    for (const double local : problem.local)
-        nearest = std::min(nearest, std::fabs(f - local) / (1 + std::fabs(local)));
+    Reals optima = problem.local;
+    optima.push_back(problem.optimum);
+    double nearest = INF;
+    for (const double best : optima)
+        nearest = std::min(nearest, std::fabs(f - best) / (1 + std::fabs(best)));
     return nearest;
 }
 
