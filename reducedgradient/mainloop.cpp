@@ -22,6 +22,7 @@
 #include "reducedgradient/factor.h"
 #include "reducedgradient/linesearch.h"
 #include "reducedgradient/reduction.h"
+#include "reducedgradient/tentative.h"
 
 namespace tarnwick {
 
@@ -31,6 +32,8 @@ namespace {
 constexpr int FEWEST_EXCHANGES = 15;
 // Passes in a row within the band of convergence that end phase 1 where it isn't stationary.
 constexpr int PHASE1_STALL_LIMIT = 50;
+// Of feastol: what Newton's method leaves of the binding rows once a verdict has turned on them.
+constexpr double EXACT_SHARE = 1e-3;
 
 // ---- preparation
 
@@ -181,6 +184,7 @@ void clear_state(NlpEngine& nlp) noexcept
     nlp.canmove = nlp.rebuildnext = nlp.stepfound = true;
     nlp.beststep = 1.0;
     nlp.step = 0.0;
+    nlp.rowtol = nlp.feastol;
 }
 
 // False: the model can't be evaluated at the start.
@@ -303,13 +307,58 @@ Pass make_pass(NlpEngine& nlp, Accounts& accounts) noexcept
     return pass == Pass::moves ? follow_direction(nlp) : pass;
 }
 
+// ---- rows that hold exactly
+
+// False: the binding rows can't be held exactly, or not without violating another one; the point is
+// what it was.
+bool meets_rows_exactly(NlpEngine& nlp) noexcept
+{
+    const Vec<double> given = nlp.superstart;
+    const int ninfeasible = nlp.ninfeasible;
+    for (int j = 1; j <= nlp.variables; ++j) given[j] = nlp.point[j];
+    if (nlp_restore_exactly(nlp)) {
+        nlp_phase1_objective(nlp, false);
+        if (nlp.ninfeasible == 0) return true;
+    }
+    if (nlp.status != ENGINE_OPTIMAL) return false;
+
+    for (int j = 1; j <= nlp.variables; ++j) nlp.point[j] = given[j];
+    nlp.ninfeasible = ninfeasible;
+    nlp_eval(nlp, nlp.rowvalue, nlp.point);
+    return false;
+}
+
+// Newton's method leaves up to feastol of each binding row. Times a multiplier that is noise in the
+// objective, which can hide all progress, and where many rows meet in a point it can be the violation
+// of another one. A verdict without a proof, or of infeasibility, has to stand once more with rows that
+// hold exactly. True: the loop goes on with such rows.
+bool goes_on_exactly(NlpEngine& nlp, Accounts& accounts) noexcept
+{
+    if (nlp.rowtol != nlp.feastol || nlp.status != ENGINE_OPTIMAL || nlp.unbounded) return false;
+    const bool is_phase1 = nlp.ninfeasible != 0, is_proof = multipliers_hold(nlp);
+    if (!is_phase1 && (is_proof || nlp.nbasic == 0)) return false;
+    const bool is_restored = meets_rows_exactly(nlp);
+    if (nlp.status != ENGINE_OPTIMAL || (!is_restored && is_proof)) return false;
+
+    nlp.rowtol = EXACT_SHARE * nlp.feastol;
+    nlp.nowfeasible = is_phase1 && is_restored;
+    nlp.forcedescent = nlp.newtonfailed = nlp.degenerate = false;
+    nlp.stepfound = nlp.restarted = nlp.rebuildnext = true;
+    nlp.finalcode = ENGINE_OPTIMAL;
+    accounts = {};
+    return true;
+}
+
 // Every pass ends with a report of progress, or ends the loop.
 void nlp_main_loop(NlpEngine& nlp) noexcept
 {
     if (!begin_loop(nlp)) return;
     Accounts accounts;
     Pass pass = Pass::moves;
-    while (pass == Pass::moves) pass = make_pass(nlp, accounts);
+    while (pass == Pass::moves) {
+        pass = make_pass(nlp, accounts);
+        if (pass == Pass::ended && goes_on_exactly(nlp, accounts)) pass = Pass::moves;
+    }
     if (pass == Pass::failed) return;
 
     if (nlp.ninfeasible != 0) nlp.finalcode = ENGINE_INFEASIBLE;

@@ -164,6 +164,7 @@ struct NlpEngine {
     double hitstep = 0.0;   // step at which the variable is on its bound
     double hitbound = 0.0;  // that bound
     double hitslope = 0.0;  // slope of an inactive row along the direction, else 0
+    double rowtol = 0.0;    // within which Newton's method brings the binding rows: feastol or less
     int newtoniters = 0;
     bool newtonfailed = false;
     bool interior = false;      // the search ended with no variable on a bound

@@ -8,7 +8,6 @@
 #include "reducedgradient/reduction.h"
 
 #include <algorithm>
-#include <cfloat>
 #include <cmath>
 
 namespace tarnwick {
@@ -17,6 +16,9 @@ namespace {
 
 // A direction that is blocked within this step can't be followed.
 constexpr double DEGENERATE_STEP = 1e-6;
+// A tangent is zero below this share of its terms: single precision, and rows that hold within feastol,
+// tell the Jacobian no better. Differences, one-sided at a bound, tell it as well as their step.
+constexpr double CANCELLED = 1e-5;
 
 // How far row r is outside its bounds, if that is beyond feastol, else 0: negative below the lower
 // bound, positive above the upper one. Count, sum and gradient of the violations go by this one test,
@@ -149,32 +151,46 @@ void change_along_direction(const NlpEngine& nlp, Vec<double> change) noexcept
 
 namespace {
 
-// The sizes of the terms of change_along_direction.
+// The sizes of the terms in each binding row along the direction, by position: what the superbasics and
+// what the basic variables contribute.
 void size_along_direction(const NlpEngine& nlp, Vec<double> size) noexcept
 {
     for (int i = 1; i <= nlp.nbasic; ++i) {
-        size[i] = 0.0;
+        double sum = 0.0;
         for (int k = 1; k <= nlp.nsuper; ++k)
-            size[i] += std::fabs(column_entry(nlp, i, nlp.nonbasic[k]) * nlp.direction[k]);
+            sum += std::fabs(column_entry(nlp, i, nlp.nonbasic[k]) * nlp.direction[k]);
+        for (int k = 1; k <= nlp.nbasic; ++k)
+            sum += std::fabs(column_entry(nlp, i, nlp.basic[k]) * nlp.tangent[k]);
+        size[i] = sum;
+    }
+}
+
+// Errors dB and dN of the Jacobian are an error B^-1 (dN d + dB tangent) of the tangent. What is left of
+// terms that cancel is no slope then: it would block the direction, and an exchange would divide by it
+// and call any point optimal, with multipliers as large as they like.
+void clear_cancelled(NlpEngine& nlp) noexcept
+{
+    const double share = nlp.derivmode >= DERIVE_ANALYTIC ? CANCELLED : nlp.diffstep;
+    size_along_direction(nlp, nlp.work2);
+    for (int i = 1; i <= nlp.nbasic; ++i) {
+        double size = 0.0;
+        for (int k = 1; k <= nlp.nbasic; ++k)
+            size += std::fabs(nlp.basisinverse[i][k]) * nlp.work2[k];
+        if (std::fabs(nlp.tangent[i]) <= share * size) nlp.tangent[i] = 0.0;
     }
 }
 
 }  // namespace
 
-// What is left of terms that cancel but for the rounding of the Jacobian is no slope: it would block
-// the direction, and an exchange would divide by it.
 void nlp_tangent(NlpEngine& nlp) noexcept
 {
     change_along_direction(nlp, nlp.work1);
-    size_along_direction(nlp, nlp.work2);
     for (int i = 1; i <= nlp.nbasic; ++i) {
-        double sum = 0.0, size = 0.0;
-        for (int k = 1; k <= nlp.nbasic; ++k) {
-            sum += nlp.basisinverse[i][k] * nlp.work1[k];
-            size += std::fabs(nlp.basisinverse[i][k]) * nlp.work2[k];
-        }
-        nlp.tangent[i] = std::fabs(sum) <= FLT_EPSILON * size ? 0.0 : -sum;
+        double sum = 0.0;
+        for (int k = 1; k <= nlp.nbasic; ++k) sum += nlp.basisinverse[i][k] * nlp.work1[k];
+        nlp.tangent[i] = -sum;
     }
+    clear_cancelled(nlp);
 }
 
 namespace {

@@ -131,8 +131,8 @@ bool iterate_newton(NlpEngine& nlp) noexcept
 
         const double lack = hits ? distance_to_hit(nlp) : 0.0;
         const double error = std::max(find_residuals(nlp), std::fabs(lack));
-        if (error < nlp.feastol) return true;
-        if (!(error <= before)) return false;
+        if (error < nlp.rowtol) return true;
+        if (!(error <= before)) return error < nlp.feastol;
         before = error;
 
         if (hits && !correct_step(nlp, lack)) return false;
@@ -348,6 +348,46 @@ void nlp_try_step(NlpEngine& nlp) noexcept
     }
     keep_if_best(nlp);
     nlp.hitposition = pending;
+}
+
+// ---- onto bounds and rows exactly
+
+namespace {
+
+void move_onto_bounds(NlpEngine& nlp) noexcept
+{
+    for (int k = nlp.nsuper + 1; k <= nlp.variables; ++k) {
+        const int v = nlp.nonbasic[k];
+        if (is_slack(nlp, v) || nlp.boundside[k] == 0) continue;
+        nlp.point[v] = nlp.boundside[k] > 0 ? nlp.upper[v] : nlp.lower[v];
+    }
+}
+
+bool basics_are_within_bounds(const NlpEngine& nlp) noexcept
+{
+    for (int i = 1; i <= nlp.nbasic; ++i) {
+        const int v = nlp.basic[i];
+        if (!(nlp.lower[v] - nlp.point[v] <= nlp.feastol)) return false;
+        if (!(nlp.point[v] - nlp.upper[v] <= nlp.feastol)) return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool nlp_restore_exactly(NlpEngine& nlp) noexcept
+{
+    move_onto_bounds(nlp);
+    double before = INFINITE_BOUND;
+    for (int it = 1; it <= NEWTON_LIMIT; ++it) {
+        nlp_eval(nlp, nlp.rowvalue, nlp.point);
+        if (nlp.status != ENGINE_OPTIMAL || !are_usable(nlp, nlp.rowvalue)) return false;
+        const double error = find_residuals(nlp);
+        if (!(error < before)) return error < nlp.feastol && basics_are_within_bounds(nlp);
+        before = error;
+        correct_basics(nlp);
+    }
+    return false;
 }
 
 }  // namespace tarnwick

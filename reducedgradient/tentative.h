@@ -10,5 +10,9 @@ namespace tarnwick {
 void nlp_try_step(NlpEngine& nlp) noexcept;
 // Superbasics to step t along the direction.
 void move_superbasics(NlpEngine& nlp, double t) noexcept;
+// Moves what stands on bounds onto them, and the basic variables until the binding rows hold as
+// exactly as rounding lets them. False: they don't, a basic variable has left its bounds, or the
+// status is set.
+bool nlp_restore_exactly(NlpEngine& nlp) noexcept;
 
 }  // namespace tarnwick

@@ -31,8 +31,33 @@ bool fixed_slope(const Reals& x, double& f, Reals&)
     return true;
 }
 
+// Both rows bind along the whole line y - x = 3, on which the objective is 2 (y - 3)^2 - 12.
+bool parallel_rows(const Reals& x, double& f, Reals& g)
+{
+    const double u = x[1] - x[0];
+    f = 2 * x[1] * x[1] - 2 * x[0] - 10 * x[1];
+    g = {-u, u - std::exp(u / 4)};
+    return true;
+}
+
+// They meet at 1, and nowhere else.
+bool touching_rows(const Reals& x, double& f, Reals& g)
+{
+    f = x[0];
+    g = {x[0], std::pow(x[0] + 3, 2)};
+    return true;
+}
+
+// The ellipse meets y = -3, the lower bound, at x = -3. Its multiplier there is 1, that of y is 4.
+bool ellipse(const Reals& x, double& f, Reals& g)
+{
+    f = 2 * x[0] + 5 * x[1];
+    g = {std::pow(x[0] + 2, 2) + 2 * std::pow(x[1] + 2, 2) + 3 * x[1]};
+    return true;
+}
+
 // Models whose path touches a place where the bookkeeping of the basis, of phase 1 or of the search can
-// go wrong; each would end with a good status at a wrong point. Optima by hand, those of the last two
+// go wrong; each would end with a good status at a wrong point. Optima by hand, two of them
 // by the linear engine as well.
 // clang-format off
 const struct {
@@ -55,6 +80,11 @@ const struct {
       .functions = linear({{2, -1, 2, 1, -5, 1}, {3, 1, 0, -4, 0, 0}, {-1, 0, 0, 2, 0, 0}, {0, 0, 0, 0, 0, -3},
                            {3, -3, 0, -2, -4, 0}, {0, 3, 1, 0, 0, -3}}), .senses = "GGLEE", .rhs = {0, 5, 4, 0, 2},
       .start = {0, 3, -3, 3, 1, 0}, .lb = {-INF, -1, 2, -INF, 4, 3}, .ub = {INF, 2, 6, INF, 6, INF}}, 27.25},
+    {{.name = "rows whose derivatives differ by rounding alone", .variables = 2, .functions = parallel_rows,
+      .senses = "GG", .rhs = {-3, 3 - std::exp(0.75)}, .start = {-3, 0}, .lb = {-3, -INF}, .ub = {INF, 5}}, -12},
+    {{.name = "rows that meet in a single point", .functions = touching_rows, .senses = "GL", .rhs = {1, 16}, .start = {0.5}}, 1},
+    {{.name = "progress that lives on what a row leaves", .variables = 2, .functions = ellipse, .senses = "L", .rhs = {-6},
+      .start = {2, 2}, .lb = {-INF, -3}, .ub = {INF, -2}}, -21},
 };
 // clang-format on
 
@@ -67,6 +97,7 @@ TEST(SmoothPaths, end_at_the_optimum)
                                                 << ", derivatives " << derivmode);
                 SmoothHost host(c.model);
                 set(host.lp, PARAM_SCALING, scaling, PARAM_NLPDERIVMODE, derivmode);
+                setdblparam(host.lp, PARAM_NLPCONVTOL, 1e-9);
                 const Answer answer = host.solve();
                 EXPECT_TRUE(is_good(answer.status)) << answer.status;
                 EXPECT_NEAR(answer.objval, c.optimum, 1e-4);
