@@ -234,12 +234,16 @@ TEST(Branch, survives_a_failure_of_each_allocation)
 
 TEST(Branch, an_engine_that_gives_up_decides_the_result)
 {
-    const std::pair<Answered, EngineResult> CASES[] = {
-        {{ENGINE_USERSTOP, 0.0, {1}},  ENGINE_USERSTOP  },
-        {{ENGINE_OPTIMAL, NAN, {1}},   ENGINE_MODELCHECK},
-        {{ENGINE_OPTIMAL, 1.0, {NAN}}, ENGINE_MODELCHECK},
+    // clang-format off
+    const std::tuple<const char*, Answered, EngineResult, double> CASES[] = {
+        {"a stop", {ENGINE_USERSTOP, 0.0, {1}}, ENGINE_USERSTOP, 0},
+        {"an objective that is no number", {ENGINE_OPTIMAL, NAN, {1}}, ENGINE_MODELCHECK, 0},
+        {"a point that is none", {ENGINE_OPTIMAL, 1.0, {NAN}}, ENGINE_MODELCHECK, 0},
+        {"an unbounded child is dropped", {ENGINE_UNBOUNDED, -1e9, {1}}, ENGINE_OPTIMAL, 3},
     };
-    for (const auto& [fifth, result] : CASES) {
+    // clang-format on
+    for (const auto& [name, fifth, result, x] : CASES) {
+        SCOPED_TRACE(name);
         const auto engine = halving([](double l, double u) { return l == u ? 1.0 : 0.0; });
         Search search(range(0, 3), [&, last = fifth](const Box& box) {
             return Search::active->solves == 5 ? last : engine(box);
@@ -247,7 +251,7 @@ TEST(Branch, an_engine_that_gives_up_decides_the_result)
         search.attaches = true;
         EXPECT_EQ(search.go(), RESULT_STANDS);
         EXPECT_EQ(search.run.result, result);
-        EXPECT_EQ(search.x, Reals{0.0});
+        EXPECT_EQ(search.x, Reals{x});
     }
 }
 

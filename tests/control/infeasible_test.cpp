@@ -1,9 +1,13 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <sstream>
+#include <tuple>
 
 #include "interface/problem.h"
+#include "tests/reducedgradient/smoothmodel.h"
 #include "tests/support/memory.h"
 #include "tests/support/olearrays.h"
 #include "tests/support/verifier.h"
@@ -13,10 +17,13 @@ namespace tarnwick {
 namespace {
 
 using Indices = std::vector<std::int32_t>;
+using Lists = std::vector<Indices>;
 
 struct Subset {
     std::int32_t code = -1, status = 0;
     Indices rows, rowstand, columns, colstand;
+
+    Lists lists() const { return {rows, rowstand, columns, colstand}; }
 };
 
 Subset find(Problem* lp, std::int32_t method = 0)
@@ -36,6 +43,9 @@ Subset find(Problem* lp, std::int32_t method = 0)
 // clang-format off
 const LinearModel TWO_ROWS{{{{1}, 'G', 2}, {{1}, 'L', 1}}, {0}, {-INF}, {INF}};
 const LinearModel ROW_AND_BOUND{{{{1, 1}, 'L', 9}, {{1, 0}, 'L', -1}}, {1, 1}, {0, -4}, {7, 4}};
+const LinearModel EQUATION{{{{1}, 'E', 0}}, {1}, {1}, {5}}, FEASIBLE{{{{1}, 'L', 4}}, {1}};
+const LinearModel BOTH_BOUNDS{{{{1, 1}, 'E', 9}, {{1, -1}, 'E', 1}, {{1, 0}, 'L', 20}}, {1, 1},
+                              {0, 0}, {4, INF}};
 const LinearModel ROW_ALONE{{{{1, 1}, 'L', 2}}, {-1, -1}};
 // clang-format on
 
@@ -55,22 +65,19 @@ TEST(InfeasibleSubset, names_rows_bounds_and_where_they_stand)
         const char* what;
         LinearModel model;
         std::int32_t status, found;
-        Indices rows, rowstand, columns, colstand;
+        Lists lists;
         std::int32_t method = 0;
         bool is_integer = false;
     } CASES[] = {
-        {"two rows, free variable", TWO_ROWS, 1, 1, {0, 1}, {0, 0}, {}, {}},
-        {"a row and a bound; the rest is spared", ROW_AND_BOUND, 1, 1, {1}, {2}, {0}, {0}},
-        {"an equation counts twice", {{{{1}, 'E', 0}}, {1}, {1}, {5}}, 1, 1,
-         {0, 0}, {1, 1}, {0}, {0}},
-        {"both bounds of a column",
-         {{{{1, 1}, 'E', 9}, {{1, -1}, 'E', 1}, {{1, 0}, 'L', 20}}, {1, 1}, {0, 0}, {4, INF}}, 1, 1,
-         {0, 0, 1, 1}, {0, 0, 0, 0}, {0}, {2}},
-        {"rows alone are filtered", ROW_AND_BOUND, 1, 1, {1}, {2}, {0, 1}, {1, 1}, 1},
-        {"a feasible model: no row", {{{{1}, 'L', 4}}, {1}, {0}, {INF}}, 1, 1, {}, {}, {0}, {0}},
-        {"an integer model: as its relaxation", ROW_AND_BOUND, 101, 1, {1}, {2}, {0}, {0}, 0, true},
-        {"a convex objective takes no part", convex, 1, 1, {1}, {2}, {0}, {0}},
-        {"an indefinite one but in the status", indefinite, 65, 2, {1}, {2}, {0}, {0}},
+        {"two rows, free variable", TWO_ROWS, 1, 1, {{0, 1}, {0, 0}, {}, {}}},
+        {"a row and a bound; the rest is spared", ROW_AND_BOUND, 1, 1, {{1}, {2}, {0}, {0}}},
+        {"an equation counts twice", EQUATION, 1, 1, {{0, 0}, {1, 1}, {0}, {0}}},
+        {"both bounds of a column", BOTH_BOUNDS, 1, 1, {{0, 0, 1, 1}, {0, 0, 0, 0}, {0}, {2}}},
+        {"rows alone are filtered", ROW_AND_BOUND, 1, 1, {{1}, {2}, {0, 1}, {1, 1}}, 1},
+        {"a feasible model: no row", FEASIBLE, 1, 1, {{}, {}, {0}, {0}}},
+        {"an integer model: its relaxation", ROW_AND_BOUND, 101, 1, {{1}, {2}, {0}, {0}}, 0, true},
+        {"a convex objective takes no part", convex, 1, 1, {{1}, {2}, {0}, {0}}},
+        {"an indefinite one but in the status", indefinite, 65, 2, {{1}, {2}, {0}, {0}}},
     };
     // clang-format on
     for (const auto& c : CASES) {
@@ -80,10 +87,7 @@ TEST(InfeasibleSubset, names_rows_bounds_and_where_they_stand)
         if (c.is_integer) loadctype(loaded.lp, letters);
         const Subset got = find(loaded.lp, c.method);
         EXPECT_EQ(got.status, c.found);
-        EXPECT_EQ(got.rows, c.rows);
-        EXPECT_EQ(got.rowstand, c.rowstand);
-        EXPECT_EQ(got.columns, c.columns);
-        EXPECT_EQ(got.colstand, c.colstand);
+        EXPECT_EQ(got.lists(), c.lists);
         EXPECT_EQ(loaded.lp->status, c.status);
         EXPECT_EQ(loaded.lp->control.elasticmode, 0);
     }
@@ -177,6 +181,92 @@ TEST(InfeasibleSubset, memory_may_end_at_any_allocation)
         allow_all_allocations();
         EXPECT_EQ(loaded.lp->iisstatus, failed ? IIS_NOT_FOUND : IIS_FOUND);
         EXPECT_TRUE(failed || rows == 2);
+    }
+}
+
+// ---- models known through functions
+
+// No point of the unit disc reaches the half-plane; the third row is spared, and so are all bounds.
+bool disc(const Reals& x, double& f, Reals& g)
+{
+    f = x[0];
+    g = {x[0] * x[0] + x[1] * x[1], x[0] + x[1], x[0] - x[1]};
+    return true;
+}
+
+// e + 1 is more than 2.
+bool exponential(const Reals& x, double& f, Reals& g)
+{
+    f = x[0];
+    g = {x[0] + x[1], std::exp(x[0]) + x[1]};
+    return true;
+}
+
+// x - y = 5 is out of reach of x^2 <= 4 and y >= 0.
+bool parabola(const Reals& x, double& f, Reals& g)
+{
+    f = x[1];
+    g = {x[0] * x[0], x[0] - x[1]};
+    return true;
+}
+
+// Never below 0, and there is no value for x < 0.
+bool root(const Reals& x, double& f, Reals& g)
+{
+    f = x[0];
+    g[0] = std::sqrt(x[0]) + x[1];
+    return x[0] >= 0.0;
+}
+
+// clang-format off
+const Smooth DISC{"disc", 2, disc, "LGL", {1, 3, 4}, {0.5, 1}, {-9, -INF}, {9, 7}};
+const Smooth EASY_DISC{"easy disc", 2, disc, "LGL", {1, 1.4, 4}, {0.5, 1}, {-9, -INF}, {9, 7}};
+const Smooth EXPONENTIAL{"exponential", 2, exponential, "LL", {20, 2}, {1.5, 1.5}, {1, 1}, {5, 6}};
+const Smooth PARABOLA{"parabola", 2, parabola, "LE", {4, 5}, {1, 1}, {-8, 0}, {INF, INF}};
+const Smooth ROOT{"root", 2, root, "L", {-1}, {1, 1}, {0.25, 0}, {4, 9}};
+// clang-format on
+
+TEST(InfeasibleSubset, of_smooth_models_is_found)
+{
+    // clang-format off
+    const std::tuple<const char*, const Smooth&, std::int32_t, Lists> CASES[] = {
+        {"two rows, no bound",          DISC,        0, {{0, 1},    {2, 0},    {},     {}    }},
+        {"rows alone are filtered",     DISC,        1, {{0, 1},    {2, 0},    {0, 1}, {1, 2}}},
+        {"a row and two lower bounds",  EXPONENTIAL, 0, {{1},       {2},       {0, 1}, {0, 0}}},
+        {"the same, bounds unfiltered", EXPONENTIAL, 1, {{1},       {2},       {0, 1}, {1, 1}}},
+        {"an equation counts twice",    PARABOLA,    0, {{0, 1, 1}, {0, 0, 0}, {1},    {0}   }},
+        {"no value beyond a bound",     ROOT,        0, {{0},       {2},       {0, 1}, {0, 0}}},
+        {"a feasible model: no row",    EASY_DISC,   0, {{},        {},        {0, 1}, {1, 2}}},
+    };
+    // clang-format on
+    for (const auto& [what, model, method, lists] : CASES)
+        for (const std::int32_t scaling : {-1, 0}) {
+            SCOPED_TRACE(testing::Message() << what << ", scaling " << scaling);
+            const SmoothHost host(model);
+            setintparam(host.lp, PARAM_SCALING, scaling);
+            const Subset got = find(host.lp, method);
+            EXPECT_EQ(got.status, IIS_FOUND);
+            EXPECT_EQ(got.lists(), lists);
+        }
+}
+
+// One call fails, whichever: the proof is missing, or the subset holds more than it has to.
+TEST(InfeasibleSubset, of_a_smooth_model_survives_a_failed_call)
+{
+    const Indices proof{0, 1};
+    long last = 2;
+    for (long bad = 1, call = 0; bad <= last; ++bad, call = 0) {
+        SCOPED_TRACE(bad);
+        Smooth model = DISC;
+        model.functions = [&](const Reals& x, double& f, Reals& g) {
+            return disc(x, f, g) && ++call != bad;
+        };
+        const SmoothHost host(model);
+        const Subset s = find(host.lp);
+        last = std::min(call, 500L);
+        const bool is_proof =
+            std::includes(s.rows.begin(), s.rows.end(), proof.begin(), proof.end());
+        EXPECT_TRUE(s.status == IIS_FOUND ? is_proof : host.lp->status == STAT_EVALERROR);
     }
 }
 
