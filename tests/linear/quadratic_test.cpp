@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <limits>
-#include <random>
 
 #include "interface/problem.h"
 #include "linear/objective.h"
@@ -94,10 +93,8 @@ TEST(Quadratic, entries_of_one_place_add_and_an_index_beyond_the_columns_names_n
 // Q = B'B, singular for every second model; bounds and rows around a point, none of them degenerate.
 LinearModel convex_model(unsigned seed)
 {
-    std::mt19937 bits(seed);
-    const auto draw = [&bits](double low, double high) {
-        return low + (high - low) * static_cast<double>(bits()) * 0x1p-32;
-    };
+    Draw random(seed);
+    const auto draw = [&random](double low, double high) { return random.real(low, high); };
     const auto n = static_cast<std::size_t>(draw(1, 7)), m = static_cast<std::size_t>(draw(1, 5));
     LinearModel model{{}, Reals(n), Reals(n), Reals(n), seed % 3 == 0 ? -1 : 1};
     model.q.assign(n, Reals(n));

@@ -1,6 +1,10 @@
 #pragma once
 
+#include <utility>
+
 #include "control/engine.h"
+#include "control/services.h"
+#include "interface/problem.h"
 #include "linear/lpengine.h"
 #include "tests/support/models.h"
 
@@ -10,8 +14,28 @@ namespace tarnwick {
 // made, as many solves as the test wants, lpfinish at the end.
 class EngineRun {
   public:
-    explicit EngineRun(Problem* lp, std::uint32_t flags = RUN_DIRECT);
-    ~EngineRun();
+    explicit EngineRun(Problem* lp, std::uint32_t flags = RUN_DIRECT)
+    {
+        SolveControl& control = lp->control;
+        // A run that ends at once: the driver makes the arrays in which every run leaves its results.
+        const std::uint16_t elasticmode = std::exchange(control.elasticmode, std::uint16_t{0});
+        const std::int32_t limit = std::exchange(control.iterlimit, 0);
+        const TarnwickCallback callback = std::exchange(control.lpcallback, nullptr);
+        optimize(lp);
+        control.elasticmode = elasticmode;
+        control.iterlimit = limit;
+        control.lpcallback = callback;
+
+        run.control = &control;
+        run.flags = flags;
+        beginrun(&control, 0);
+        ready = lpinit(run);
+    }
+    ~EngineRun()
+    {
+        lpfinish(run);
+        endrun(run.control);
+    }
     EngineRun(const EngineRun&) = delete;
     EngineRun& operator=(const EngineRun&) = delete;
 

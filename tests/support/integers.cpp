@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 
 #include "interface/problem.h"
 
@@ -17,10 +16,8 @@ LoadedIntegers::LoadedIntegers(const IntegerModel& model) : LoadedModel(model), 
 
 IntegerModel tiny_integer_model(unsigned seed)
 {
-    std::mt19937 bits(seed);
-    const auto whole = [&bits](int low, int high) {
-        return low + static_cast<int>(bits() % static_cast<unsigned>(high - low + 1));
-    };
+    Draw draw(seed);
+    const auto whole = [&draw](int low, int high) { return draw.whole(low, high); };
     IntegerModel model;
     model.objsen = whole(0, 1) ? 1 : -1;
     const int rows = whole(1, 4), cols = whole(2, 6);
@@ -95,11 +92,9 @@ Truth truth_of(const IntegerModel& model)
         double cost = 0.0;
         const Truth rest = truth_of(without_integers(model, values, cost));
         if (rest.status != STAT_OPTIMAL) continue;
-        const double objective = rest.objective + cost;
-        if (best.status == STAT_MIP_OPTIMAL &&
-            objective * model.objsen >= best.objective * model.objsen)
-            continue;
-        best = {STAT_MIP_OPTIMAL, objective};
+        const Truth found{STAT_MIP_OPTIMAL, rest.objective + cost};
+        const bool is_better = (found.objective - best.objective) * model.objsen < 0.0;
+        if (is_better || best.status == STAT_MIP_INFEASIBLE) best = found;
     } while (next_values(model, values));
     return best;
 }

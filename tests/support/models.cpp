@@ -45,22 +45,6 @@ LoadedModel::~LoadedModel()
 
 namespace {
 
-// The distributions of the standard library differ between platforms; these don't.
-class Draw {
-  public:
-    explicit Draw(unsigned seed) : bits_(seed) {}
-
-    double unit() { return static_cast<double>(bits_()) * 0x1p-32; }
-    bool with(double probability) { return unit() < probability; }
-    int whole(int low, int high)
-    {
-        return low + static_cast<int>(bits_() % static_cast<unsigned>(high - low + 1));
-    }
-
-  private:
-    std::mt19937 bits_;
-};
-
 // The point that the bounds and rows are laid around, and the reduced costs that belong to it.
 struct Plan {
     Reals x, reduced, dual;

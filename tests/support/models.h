@@ -51,6 +51,23 @@ class LoadedModel {
     std::vector<std::int32_t> matbeg, matcnt, matind;
 };
 
+// The distributions of the standard library differ between platforms; these don't.
+class Draw {
+  public:
+    explicit Draw(unsigned seed) : bits_(seed) {}
+
+    double unit() { return static_cast<double>(bits_()) * 0x1p-32; }
+    double real(double low, double high) { return low + (high - low) * unit(); }
+    bool with(double probability) { return unit() < probability; }
+    int whole(int low, int high)
+    {
+        return low + static_cast<int>(bits_() % static_cast<unsigned>(high - low + 1));
+    }
+
+  private:
+    std::mt19937 bits_;
+};
+
 // What a random model is made of. Shares are probabilities.
 struct RandomShape {
     int rows, cols;

@@ -11,6 +11,7 @@
 namespace tarnwick {
 namespace {
 
+using Numbers = std::vector<double>;
 constexpr double INF = std::numeric_limits<double>::infinity();
 
 // ---- a whole model
@@ -22,11 +23,8 @@ TEST(Reader, a_file_is_counted)
     EXPECT_EQ(count(with_objective("[ x1^2 + 2 x1^2 + 0 x3^2 + x1*x2 ]")).qmatcnt,
               (std::vector<std::int32_t>{3, 1}));
     const Counts c = count(WHOLE);
-    EXPECT_EQ(c.code, 0);
-    EXPECT_EQ(c.objsen, 1);
-    EXPECT_EQ(c.numcols, 3);
-    EXPECT_EQ(c.numrows, 3);
-    EXPECT_EQ(c.numctype, 3);
+    EXPECT_EQ((std::vector{c.code, c.objsen, c.numcols, c.numrows, c.numctype}),
+              (std::vector{0, 1, 3, 3, 3}));
     EXPECT_EQ(c.matcnt, (std::vector<std::int32_t>{1, 2, 1}));
     EXPECT_EQ(c.qmatcnt, (std::vector<std::int32_t>{2, 2, 0}));
 }
@@ -42,21 +40,20 @@ TEST(Reader, a_file_fills_a_model_in_every_layout)
             EXPECT_EQ(host.numrows, 3);
             EXPECT_EQ(host.lp->objsen, 1);
             EXPECT_EQ(host.lp->control.qstate, Q_ACCEPTED);
-            EXPECT_EQ(host.obj.values(), (std::vector<double>{2.5, 0.0, -1.0}));
-            EXPECT_EQ(host.matrix.full(), (std::vector<double>{1, 0, 0, 2, 0, -1, 0, 0, 0.5}));
-            EXPECT_EQ(host.q.full(), (std::vector<double>{4, 0.5, 0, 0.5, 3, 0, 0, 0, 0}));
+            EXPECT_EQ(host.obj.values(), (Numbers{2.5, 0.0, -1.0}));
+            EXPECT_EQ(host.matrix.full(), (Numbers{1, 0, 0, 2, 0, -1, 0, 0, 0.5}));
+            EXPECT_EQ(host.q.full(), (Numbers{4, 0.5, 0, 0.5, 3, 0, 0, 0, 0}));
             EXPECT_EQ(host.sense.values(), (std::vector<char>{'G', 'E', 'L'}));
-            EXPECT_EQ(host.rhs.values(), (std::vector<double>{1.0, 0.0, 10.0}));
-            EXPECT_EQ(host.lb.values(), (std::vector<double>{0.0, -1e30, -1e30}));
-            EXPECT_EQ(host.ub.values(), (std::vector<double>{1e30, 4.0, 1e30}));
+            EXPECT_EQ(host.rhs.values(), (Numbers{1.0, 0.0, 10.0}));
+            EXPECT_EQ(host.lb.values(), (Numbers{0.0, -1e30, -1e30}));
+            EXPECT_EQ(host.ub.values(), (Numbers{1e30, 4.0, 1e30}));
             EXPECT_EQ(host.ctype.values(), (std::vector<char>{'C', 'I', 'C'}));
 
             ASSERT_EQ(host.read("Maximize\nSubject To\nBounds\nEnd\n"), 0);
             EXPECT_EQ(host.lp->objsen, -1);
-            EXPECT_EQ(host.obj.values(), std::vector<double>(SIZE, 0.0));
+            EXPECT_EQ(host.obj.values(), Numbers(SIZE, 0.0));
             EXPECT_TRUE(host.matrix.is_clear());
             EXPECT_TRUE(host.q.is_clear());
-            EXPECT_EQ(host.ctype.values(), (std::vector<char>{'C', 'I', 'C'}));
         }
 }
 
@@ -64,9 +61,8 @@ TEST(Reader, a_file_fills_a_model_in_every_layout)
 
 struct Part {
     std::string (*around)(const std::string&);  // the section that the text belongs to
-    std::vector<double> (*of)(Host&);           // what it fills
+    Numbers (*of)(Host&);                       // what it fills
 };
-using Numbers = std::vector<double>;
 
 template <class... Arrays>
 Numbers joined(const Arrays&... arrays)
@@ -141,7 +137,7 @@ TEST(Reader, an_indefinite_form_is_filled_in_and_told)
     EXPECT_EQ(host.read(with_objective("[ x1^2 - x2^2 ]")), 8);
     EXPECT_EQ(told(), "Q matrix is indefinite");
     EXPECT_EQ(host.lp->control.qstate, Q_INDEFINITE);
-    EXPECT_EQ(host.q.full(), (std::vector<double>{1, 0, 0, 0, -1, 0, 0, 0, 0}));
+    EXPECT_EQ(host.q.full(), (Numbers{1, 0, 0, 0, -1, 0, 0, 0, 0}));
     EXPECT_EQ(host.numcols, 2);
 
     EXPECT_EQ(host.read("Maximize\n[ - x2^2 ]\nSubject To\nBounds\nEnd\n"), 0);

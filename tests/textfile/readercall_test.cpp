@@ -177,8 +177,8 @@ TEST(ReaderCall, a_damaged_file_never_leads_outside_the_arrays)
         Host host(seed % 2 ? DENSE : SPARSE, seed % 3 ? DENSE : SPARSE, seed % 5 == 0);
         const std::int32_t code = host.read(text);
         EXPECT_TRUE(host.is_intact());
-        EXPECT_TRUE(code == 0 || code == 2 || code == 8);
-        EXPECT_TRUE(c.code == 0 || code == 2) << "what can't be counted was filled in";
+        EXPECT_TRUE(code == 2 || (c.code == 0 && (code == 0 || code == 8)))
+            << "what can't be counted was filled in";
         EXPECT_TRUE(code != 0 || (host.numcols <= SIZE && host.numrows <= SIZE));
         accepted += code == 0;
     }

@@ -5,6 +5,7 @@
 #include <limits>
 #include <sstream>
 #include <string>
+#include <utility>
 
 #include "interface/problem.h"
 #include "tests/support/memory.h"
@@ -17,13 +18,8 @@ namespace {
 
 // ---- numbers
 
-struct NumberCase {
-    double value;
-    const char* text;
-};
-
 // clang-format off
-const NumberCase NUMBERS[] = {
+const std::pair<double, const char*> NUMBERS[] = {
     {0.0, "0.0"}, {-0.0, "0.0"}, {1.0, "1.0"}, {2.5, "2.5"}, {-0.125, "-0.125"},
     {1.0000004, "1.0"}, {1.0000006, "1.000001"}, {-4e-7, "-0.0"}, {0.000001, "0.000001"},
     {0.9999996, "1.0"}, {41.99999951, "42.0"}, {100.0, "100.0"}, {0.1, "0.1"},
@@ -36,26 +32,18 @@ const NumberCase NUMBERS[] = {
 
 TEST(RealText, a_number_has_at_most_six_places_and_no_exponent)
 {
-    for (const NumberCase& c : NUMBERS) {
-        char buffer[REAL_TEXT_SIZE];
-        EXPECT_STREQ(format_real(c.value, buffer), c.text);
-    }
+    char buffer[REAL_TEXT_SIZE];
+    for (const auto& [value, text] : NUMBERS) EXPECT_STREQ(format_real(value, buffer), text);
 }
 
 // ---- files
 
-std::string path_of(const char* name)
-{
-    return testing::TempDir() + name + "." + std::to_string(getpid());
-}
-
 std::string written(Problem* lp, std::int32_t TARNWICK_CALL write(Problem*, const char*) = lpwrite)
 {
-    const std::string path = path_of("writer_test");
-    EXPECT_EQ(write(lp, path.c_str()), 0);
+    const TextFile file("");
+    EXPECT_EQ(write(lp, file.path()), 0);
     std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    unlink(path.c_str());
+    text << std::ifstream(file.path(), std::ios::binary).rdbuf();
     return text.str();
 }
 
@@ -88,26 +76,22 @@ TEST(Writer, a_whole_model_is_written_byte_for_byte)
         }
 }
 
+// clang-format off
+const LinearModel SIGNS{{{{-1, 1.0000001}, 'L', 4}, {{0, 0}, 'G', -2}}, {0, 0}, {0, 0}, {INF, 1}, -1};
+const LinearModel SMALL{{{{2}, 'L', 4}, {{2}, 'L', 4}, {{2}, 'L', 4}}, {1}};
+const LinearModel PAIR{{{{1, 2}, 'L', 4}}, {1, 1}};
+// clang-format on
+
 TEST(Writer, signs_units_and_empty_parts)
 {
-    LoadedModel model({
-        .rows = {{{-1, 1.0000001}, 'L', 4}, {{0, 0}, 'G', -2}},
-        .obj = {0,                         0                },
-        .lb = {0,                         0                },
-        .ub = {INF,                       1                },
-        .objsen = -1
-    });
-    EXPECT_EQ(without_returns(written(model.lp)),
+    EXPECT_EQ(without_returns(written(LoadedModel(SIGNS).lp)),
               "Maximize LP\nSubject To\n  c1:   - x1 + 1.0 x2 <= 4.0\n  c2:   >= -2.0\nBounds\n"
               "  0.0 <= x1 <= +infinity\n  0.0 <= x2 <= 1.0\nEnd\n");
 }
 
 TEST(Writer, a_range_has_two_limits_in_one_line)
 {
-    LoadedModel model({
-        .rows = {{{2}, 'L', 4},  {{2}, 'L', 4}, {{2}, 'L', 4}},
-          .obj = {1}
-    });
+    LoadedModel model(SMALL);
     double widths[] = {3.0, -3.0, 0.0};
     model.lp->rowrange = widths;
     std::memset(model.sense.data(), 'R', 3);
@@ -149,45 +133,30 @@ TEST(Writer, what_is_written_reads_back)
 
 TEST(Writer, several_entries_for_a_place_are_their_sum_and_strangers_are_passed_over)
 {
-    LoadedModel model(
-        {
-            .rows = {{{1, 2}, 'L', 4}},
-              .obj = { 1,               1}
-    },
-        MatrixLayout::sparse);
+    LoadedModel model(PAIR);
     model.matind[1] = 1;  // one beyond the rows
     EXPECT_NE(written(model.lp).find("  c1:  x1 <= 4.0"), std::string::npos);
     model.matind[1] = 0;
-    model.matcnt[0] = 2;
-    model.matcnt[1] = 0;
+    model.matcnt = {2, 0};
     EXPECT_NE(written(model.lp).find("  c1:  3.0 x1 <= 4.0"), std::string::npos);
 }
 
 TEST(Writer, refusals_tell_what_is_wrong)
 {
     const MessageLog log;
-    LoadedModel model({.rows = {{{1}, 'L', 4}}, .obj = {1}});
-    const auto told_by_writer = [] {
-        const auto messages = MessageLog::take();
-        return messages.size() == 1 && messages[0].title == "lpwrite" ? messages[0].text : "";
-    };
-    EXPECT_EQ(lpwrite(nullptr, "x"), 1);
-    EXPECT_EQ(told_by_writer(), "lp pointer is NULL");
-    EXPECT_EQ(lprewrite(model.lp, nullptr), 2);
-    EXPECT_EQ(told_by_writer(), "filename is NULL");
-    EXPECT_EQ(lpwrite(model.lp, "/nowhere/at/all"), 2);
-    EXPECT_EQ(told_by_writer(), "Unable to open output file");
-    EXPECT_EQ(lpwrite(model.lp, "/dev/full"), 2);
-    EXPECT_EQ(told_by_writer(), "Error writing to output file");
+    LoadedModel model(SMALL);
+    expect_told(lpwrite(nullptr, "x"), 1, "lpwrite", "lp pointer is NULL");
+    expect_told(lprewrite(model.lp, nullptr), 2, "lpwrite", "filename is NULL");
+    expect_told(lpwrite(model.lp, "/nowhere/at/all"), 2, "lpwrite", "Unable to open output file");
+    expect_told(lpwrite(model.lp, "/dev/full"), 2, "lpwrite", "Error writing to output file");
     model.lp->problemtype = PROB_NSP;
-    EXPECT_EQ(lpwrite(model.lp, "x"), 1);
-    EXPECT_EQ(told_by_writer(), "lpwrite not supported for NLP/NSPs");
+    expect_told(lpwrite(model.lp, "x"), 1, "lpwrite", "lpwrite not supported for NLP/NSPs");
     model.lp->problemtype = PROB_LP;
 }
 
 TEST(Writer, without_memory_nothing_is_lost)
 {
-    LoadedModel model({.rows = {{{1}, 'L', 4}}, .obj = {1}}, MatrixLayout::sparse);
+    const LoadedModel model(SMALL);
     const TextFile file("precious");
     bool failed = true;
     for (long n = 0; failed; ++n) {

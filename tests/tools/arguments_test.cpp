@@ -8,19 +8,17 @@ namespace tarnwick {
 
 namespace {
 
-struct LineCase {
+constexpr const char OPTIMUM[] = "status     1 STAT_OPTIMAL optimum found\nobjective  800\n";
+constexpr const char ITERATION_LIMIT[] = "STAT_ITERLIM_";
+
+// clang-format off
+constexpr struct {
     const char* name;
     const char* arguments;
     int status;
     const char* out;  // contained in what is written
     const char* err;
-};
-
-constexpr const char OPTIMUM[] = "status     1 STAT_OPTIMAL optimum found\nobjective  800\n";
-constexpr const char ITERATION_LIMIT[] = "STAT_ITERLIM_";
-
-// clang-format off
-constexpr LineCase LINES[] = {
+} LINES[] = {
     {"no command",                "",                                                2, "", "a command is needed"},
     {"no file",                   "solve",                                           2, "", "FILE is required"},
     {"help",                      "--help",                                          0, "Exit status:", ""},
@@ -79,16 +77,13 @@ TEST(CommandLine, params_lists_every_parameter_of_the_documentation)
         ++count;
         const std::string name = (*match)[2];
         SCOPED_TRACE(name);
-        const auto expect_field = [&](const char* field, const std::string& value) {
-            const std::string start = "parameters," + name + ',' + field + ',';
+        const char* const FIELDS[] = {"number", "", "default", "lowest", "highest"};
+        for (const std::size_t k : {0U, 2U, 3U, 4U}) {
+            const std::string start = "parameters," + name + ',' + FIELDS[k] + ',';
             const std::size_t at = listed.find(start);
-            ASSERT_NE(at, std::string::npos) << field;
-            EXPECT_EQ(std::stod(listed.substr(at + start.size())), std::stod(value)) << field;
-        };
-        expect_field("number", (*match)[1]);
-        expect_field("default", (*match)[3]);
-        expect_field("lowest", (*match)[4]);
-        expect_field("highest", (*match)[5]);
+            ASSERT_NE(at, std::string::npos) << start;
+            EXPECT_EQ(std::stod(listed.substr(at + start.size())), std::stod((*match)[k + 1]));
+        }
     }
     EXPECT_EQ(count, 32);
 }

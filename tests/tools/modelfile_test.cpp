@@ -110,10 +110,8 @@ TEST(ModelFile, iis_lists_and_writes_what_contradicts)
 TEST(ModelFile, bounds_that_cross_contradict_each_other)
 {
     const Scratch scratch;
-    const std::string out =
-        run_tool("iis -f csv " +
-                 scratch.write("model.txt", std::string(ROWS) + BOUNDS + " 3 <= x1 <= 2\nEnd\n"))
-            .out;
+    const std::string crossed = std::string(ROWS) + BOUNDS + " 3 <= x1 <= 2\nEnd\n";
+    const std::string out = run_tool("iis -f csv " + scratch.write("model.txt", crossed)).out;
     EXPECT_NE(out.find("subset_bounds,x1,lower,3\nsubset_bounds,x1,upper,2\n"), std::string::npos)
         << out;
 }
