@@ -24,10 +24,11 @@ struct QuadraticCase {
 };
 
 // clang-format off
-const LinearModel BEALE{{{{1, 1, 2}, 'L', 3}}, {-8, -6, -4}, {}, {}, 1, {{2, 1, 1}, {1, 2, 0}, {1, 0, 1}}, {0.5, 0.5, 0.5}};
+const LinearModel BEALE{{{{1, 1, 2}, 'L', 3}}, {-8, -6, -4}, {}, {}, 1,
+                        {{2, 1, 1}, {1, 2, 0}, {1, 0, 1}}, {0.5, 0.5, 0.5}};
 const LinearModel PARABOLA{{{{1}, 'L', 9}}, {-2}, {0}, {3}, 1, {{1}}};
 const QuadraticCase CASES[] = {
-    {"Beale's problem",                  BEALE, 1.0 / 9 - 9},
+    {"Beale's problem",                           BEALE, 1.0 / 9 - 9},
     {"parabola x^2 - 2x on 0..3, inside",         PARABOLA, -1},
     {"the same, cut at 1/2",                      {{{{1}, 'L', 0.5}}, {-2}, {0}, {3}, 1, {{1}}}, -0.75},
     {"minimum at a vertex",                       {{{{1, 1}, 'L', 9}}, {1, 1}, {1, 2}, {3, 3}, 1, {{1, 0}, {0, 1}}}, 8},
@@ -40,13 +41,13 @@ const QuadraticCase CASES[] = {
     {"one direction without curvature",           {{{{1, 1}, 'G', 1}}, {0, 1}, {0, 0}, {4, 4}, 1, {{1, 0}, {0, 0}}}, 0.75},
     {"small steps towards an open gap",           {{{{0, 1}, 'G', 0}}, {1, 1}, {-6, -6}, {INF, 1}, 1, {{8, 4}, {4, 2}}, {-3, 0}}, -0.03125},
     {"costs below the pricing tolerance",         {{{{1, 1}, 'L', 1e4}}, {1, -9e-6}, {0, 0}, {1, 1e4}, 1, {{1, 0}, {0, 1e-9}}}, -0.02025},
-    {"rows that a box would hide",       {{{{1}, 'G', 3}, {{1}, 'L', 1}}, {0}, {-INF}, {INF}, 1, {{1}}}, 0, STAT_INFEASIBLE},
-    {"infeasible within bounds",         {{{{1, 1}, 'G', 9}}, {0, 0}, {0, 0}, {1, 1}, 1, {{1, 0}, {0, 1}}}, 0, STAT_INFEASIBLE},
-    {"no curvature on the way down",     {{{{1, 1}, 'G', 0}}, {-1, -1}, {-INF, -INF}, {INF, INF}, 1, {{2, -1}, {-1, 0.5}}}, 0, STAT_UNBOUNDED},
-    {"a concave form",                   {{{{1}, 'L', 2}}, {0}, {-1}, {3}, 1, {{-1}}}, 0, STAT_CONVERGED},
-    {"NaN in Q",                         {{{{1}, 'L', 2}}, {0}, {-1}, {3}, 1, {{NaN}}}, 0, STAT_MODELCHECK},
-    {"infinity in Q",                    {{{{1}, 'L', 2}}, {0}, {-1}, {3}, 1, {{HUGE_VAL}}}, 0, STAT_MODELCHECK},
-    {"values that overflow",             {{{{1}, 'L', 2}}, {0}, {-1}, {3}, 1, {{1e307}}}, 0, STAT_MODELCHECK},
+    {"rows that a box would hide",                 {{{{1}, 'G', 3}, {{1}, 'L', 1}}, {0}, {-INF}, {INF}, 1, {{1}}}, 0, STAT_INFEASIBLE},
+    {"infeasible within bounds",                   {{{{1, 1}, 'G', 9}}, {0, 0}, {0, 0}, {1, 1}, 1, {{1, 0}, {0, 1}}}, 0, STAT_INFEASIBLE},
+    {"no curvature on the way down",               {{{{1, 1}, 'G', 0}}, {-1, -1}, {-INF, -INF}, {INF, INF}, 1, {{2, -1}, {-1, 0.5}}}, 0, STAT_UNBOUNDED},
+    {"a concave form",                             {{{{1}, 'L', 2}}, {0}, {-1}, {3}, 1, {{-1}}}, 0, STAT_CONVERGED},
+    {"NaN in Q",                                   {{{{1}, 'L', 2}}, {0}, {-1}, {3}, 1, {{NaN}}}, 0, STAT_MODELCHECK},
+    {"infinity in Q",                              {{{{1}, 'L', 2}}, {0}, {-1}, {3}, 1, {{HUGE_VAL}}}, 0, STAT_MODELCHECK},
+    {"values that overflow",                       {{{{1}, 'L', 2}}, {0}, {-1}, {3}, 1, {{1e307}}}, 0, STAT_MODELCHECK},
 };
 // clang-format on
 

@@ -74,12 +74,12 @@ class ReferenceSimplex {
     {
         for (int j = 1; j <= n; ++j) {
             const double lo = lower[j], up = upper[j];
-            const bool is_boxed = up < 1e30 && lo > -1e30;
-            colstate[j] = lo == up     ? 'F'
-                          : is_boxed   ? 2.0 * x[j] > lo + up ? 'U' : 'L'
-                          : lo > -1e30 ? 'L'
-                          : up < 1e30  ? 'U'
-                                       : 'X';
+            if (lo == up)
+                colstate[j] = 'F';
+            else if (up < 1e30 && lo > -1e30)
+                colstate[j] = 2.0 * x[j] > lo + up ? 'U' : 'L';
+            else
+                colstate[j] = lo > -1e30 ? 'L' : up < 1e30 ? 'U' : 'X';
             x[j] = colstate[j] == 'X' ? 0.0 : colstate[j] == 'U' ? up : lo;
             if (counts(x[j])) shift(m, j, -x[j]);
         }

@@ -11,14 +11,6 @@
 namespace tarnwick {
 namespace {
 
-HostFunctions always(double objective)
-{
-    return [=](const Reals&, double& f, Reals&) {
-        f = objective;
-        return true;
-    };
-}
-
 // Ten feasible members for each variable in a box from -1 to 2, member k with the objective k.
 struct Moves : Engine {
     explicit Moves(std::size_t variables)

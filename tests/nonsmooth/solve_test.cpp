@@ -141,14 +141,6 @@ TEST(NonSmoothSolve, comes_to_the_known_optimum_inside_the_box)
 // ---- endings
 
 bool fails(const Reals&, double&, Reals&) { return false; }
-HostFunctions always(double objective)
-{
-    return [=](const Reals&, double& f, Reals&) {
-        f = objective;
-        return true;
-    };
-}
-
 // A step has a value everywhere, at NaN as well.
 bool step(const Reals& x, double& objective, Reals&)
 {
