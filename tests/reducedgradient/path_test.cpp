@@ -67,10 +67,10 @@ const struct {
     {{.name = "an exchange moves superbasics down beside one on its bound", .variables = 3,
       .functions = linear({{-3, 5, -1}, {0, 2, -1}}), .senses = "E", .rhs = {2},
       .start = {0, 1, 0}, .lb = {0, 0, 0}, .ub = {2, 1, 1}}, -1},
-    // The cone lies between y = x / 3 and y = x; the other four rows bind at the start alone.
+    // All six rows bind at the start. They leave y = 0 and x >= 0.
     {{.name = "more binding rows than variables", .variables = 2,
-      .functions = linear({{-1, -1}, {-2, 1}, {1, -3}, {-3, 1}, {-1, -1}, {-1, 0.5}, {-1, 1}}), .senses = "LLLLLL",
-      .lb = {-5, -5}, .ub = {5, 5}}, -10},
+      .functions = linear({{-1, 2}, {0, -1}, {2, -3}, {0, -2}, {-1, -2}, {1, -1}, {-2, -2}}), .senses = "LGGLGL",
+      .lb = {-5, -5}, .ub = {5, 5}}, -5},
     {{.name = "phase 1 hits bounds on its way", .variables = 2,
       .functions = linear({{1, 4}, {-1, -2}, {1, -1}, {2, 1}}), .senses = "LLE", .rhs = {-1, -0.5, 0.5},
       .start = {0, 0.3}}, 2},
