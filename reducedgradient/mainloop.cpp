@@ -156,13 +156,15 @@ bool has_converged(NlpEngine& nlp, Accounts& accounts) noexcept
     return false;
 }
 
-// False: the point is so far out that rounding alone moves the binding rows by more than feastol, and
-// that the objective rests proves nothing.
+// False: the point is so far out that rounding alone moves the binding rows by more than feastol, or, if
+// the multipliers don't hold, by more than exact rows may be off. That the objective rests proves nothing.
 bool is_within_reach(const NlpEngine& nlp) noexcept
 {
     double size = 0.0;
     for (int j = 1; j <= nlp.variables; ++j) size = std::max(size, std::fabs(nlp.point[j]));
-    return nlp.nbasic == 0 || size * std::numeric_limits<double>::epsilon() < nlp.feastol;
+    const double rounding = size * std::numeric_limits<double>::epsilon();
+    if (nlp.nbasic == 0 || rounding < EXACT_SHARE * nlp.feastol) return true;
+    return rounding < nlp.feastol && multipliers_hold(nlp);
 }
 
 // ---- the passes

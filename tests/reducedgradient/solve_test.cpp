@@ -91,6 +91,10 @@ TEST(SmoothSolve, ends_with_the_status_of_its_end)
         g = x * x + y * y;
         return x + 2 * y;
     });
+    const auto cubic = by([](double x, double y, double& g) {
+        g = x - y * y * y;
+        return -x;
+    });
     // clang-format off
     const struct {
         Smooth model;
@@ -105,6 +109,8 @@ TEST(SmoothSolve, ends_with_the_status_of_its_end)
         {{.name = "no limit up to infinity", .functions = steep}, STAT_UNBOUNDED},
         {{.name = "no limit for an integer", .functions = falling, .start = {0.5}, .ctype = "I"},
          STAT_UNBOUNDED},
+        {{.name = "no limit, but curves", .variables = 2, .functions = cubic, .senses = "L",
+          .start = {0.5, 0.5}}, STAT_STALLED},
         {{.name = "a second start", .functions = valley, .senses = "G", .rhs = {2}, .lb = {0},
           .ub = {10}}, STAT_OPTIMAL, 1 + std::sqrt(2.0)},
         {{.name = "no start helps", .functions = wave, .senses = "G", .rhs = {2}}, STAT_INFEASIBLE},
