@@ -8,82 +8,19 @@
 namespace tarnwick {
 namespace {
 
-// ---- settings
-
-TEST(Services, tell_sizes_and_switches_by_selector)
+// What stands behind the others is seen by the engines that ask, and by their tests.
+TEST(Services, know_no_other_selectors)
 {
-    ServedModel plain, elastic;
-    elastic.make_elastic(2);
-    elastic.lp->objsen = plain.lp->objsen = -1;
-    elastic.control->scaling = -1;
-    elastic.lp->problemtype = PROB_NSP;
-    const auto expect_infos = [](const ServedModel& model, const Ints& infos) {
-        for (std::int32_t selector = -1; selector < 15; ++selector) {
-            const auto k = static_cast<std::size_t>(selector + 1);
-            EXPECT_EQ(getintinfo(model.control, selector), infos[k]) << selector;
-        }
-    };
-    expect_infos(plain, {0, 2, 5, 0, 4, 0, 1, 1, 0, 1, 1, 1, 0, 0, 0, 0});
-    expect_infos(elastic, {0, 7, 5, 5, 4, 2, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0});
-    endrun(elastic.control);
-    expect_infos(elastic, {0, 2, 5, 0, 4, 0, 1, 1, 0, 0, 1, 0, 0, 0, 0, 0});
-}
-
-TEST(Services, tell_numbers_by_selector)
-{
-    ServedModel model;
-    SolveControl& c = *model.control;
-    c.feastol = 0.1, c.mipgap = 0.2, c.nlpconvtol = 0.3, c.mutation = 0.4, c.reserved1092 = 0.5;
-    c.pivottol = 0.6, c.opttol = 0.7, c.objuppercut = 0.8, c.objlowercut = 0.9, c.nlpfeastol = 1.5;
-    const auto expect_number = [&c](std::int32_t selector, double want, std::int32_t is_known = 1) {
+    const ServedModel model;
+    for (const std::int32_t selector : {-1, 15}) {
         double value = -1.0;
-        EXPECT_EQ(getdblinfo(&c, &value, selector), is_known) << selector;
-        EXPECT_EQ(value, want) << selector;
-    };
-    const Reals numbers{0.1, 0.2, 0.3, 0.4, 0.5, 0.6, 0.7, 0.8, 1e-4};
-    for (std::size_t k = 0; k < 9; ++k) expect_number(static_cast<std::int32_t>(k), numbers[k]);
-    for (const std::int32_t unknown : {-1, 9}) expect_number(unknown, 1e-8, 0);
-    model.lp->objsen = -1;
-    expect_number(INFO_CUTOFF, 0.9);
-    for (const std::int32_t type : {0, 1, 4, 8, 12, 16, 20, 24}) {
-        model.lp->problemtype = type;
-        expect_number(INFO_FEASTOL, type < PROB_NLP ? 0.1 : 1.5);
-        EXPECT_EQ(getengineclass(&c), type < PROB_NLP ? 1 : type < PROB_NSP ? 0 : 3) << type;
+        EXPECT_EQ(getintinfo(model.control, selector), 0);
+        EXPECT_EQ(getrunparam(model.control, selector), 0);
+        EXPECT_EQ(getcapability(model.control, selector), 0U);
+        EXPECT_EQ(getdblinfo(model.control, &value, selector), 0);
+        EXPECT_EQ(value, 1e-8);
     }
-    c.iterlimit = 11, c.timelimit = 12.9, c.nodelimit = 13, c.intsollimit = 14, c.popsize = 15;
-    c.stalltime = 16;
-    for (std::int32_t selector = -1; selector < 7; ++selector)
-        EXPECT_EQ(getrunparam(&c, selector), selector < 0 || selector > 5 ? 0 : 11 + selector);
 }
-
-TEST(Services, build_capability_words_from_switches)
-{
-    using S = SolveControl;
-    // clang-format off
-    const std::tuple<std::int32_t, std::int32_t S::*, std::int32_t, std::uint32_t> CASES[] = {
-        {0, &S::popsize,      1, 0   }, {0, &S::nlpquadext,   1, 4  }, {0, &S::nlpcgonly, 1, 8},
-        {0, &S::nlprecoglin,  1, 32  }, {0, &S::nlpderivmode, 1, 2  }, {0, &S::nlpderivmode, 2, 16},
-        {0, &S::nlpderivmode, 3, 18  }, {1, &S::popsize,      1, 1  }, {1, &S::binrowfix, 1, 257},
-        {1, &S::bindualfix,   1, 513 }, {1, &S::binorder,  1, 1025  }, {1, &S::bintighten, 1, 2049},
-        {3, &S::popsize,      1, 0   }, {3, &S::reqbounds,    1, 64 }, {4, &S::popsize, 1, 1},
-        {4, &S::reserved1007, 1, 3   }, {2, &S::popsize,      1, 0  },
-    };
-    // clang-format on
-    const TarnwickJacobian some = [](auto...) { return 0; };
-    for (const auto& [selector, member, value, word] : CASES)
-        for (const TarnwickJacobian jacobian : {some, TarnwickJacobian{}}) {
-            ServedModel model;
-            S& control = *model.control;
-            control.reqbounds = 0;
-            model.lp->jacobian = jacobian;
-            control.*member = value;
-            const std::uint32_t derivatives = jacobian ? 0 : 16;  // are out of reach without
-            EXPECT_EQ(getcapability(&control, selector), selector == 0 ? word & ~derivatives : word)
-                << selector << ", " << word;
-        }
-}
-
-// ---- the model
 
 TEST(Services, give_integer_flags_and_a_start_unless_the_model_is_linear)
 {
@@ -153,6 +90,17 @@ TEST(Services, ask_the_callers_function)
         EXPECT_EQ(lhs, Reals({4, 16, 7, 7, 14}));
     }
     endrun(model.control);
+}
+
+TEST(Services, store_the_smaller_slack_of_a_ranged_row)
+{
+    ServedModel model(PROB_NLP);
+    ASSERT_TRUE(create_results(*model.lp));
+    const Reals zero(4), lower{-INF, -1, 0, 1}, value{1.5, 2, 0, 2}, upper{2, INF, 0, 4};
+    const SolutionRecord solution{2, nullptr,      zero.data(),  nullptr,      zero.data(),
+                                  4, lower.data(), value.data(), upper.data(), zero.data()};
+    storesolution(model.control, &solution, nullptr);
+    EXPECT_EQ(Reals(model.lp->slack, model.lp->slack + 4), Reals({0.5, -3, 0, -1}));
 }
 
 // ---- elastic variables
