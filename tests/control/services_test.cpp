@@ -9,9 +9,18 @@ namespace tarnwick {
 namespace {
 
 // What stands behind the others is seen by the engines that ask, and by their tests.
-TEST(Services, know_no_other_selectors)
+TEST(Services, know_limits_and_no_other_selectors)
 {
     const ServedModel model;
+    SolveControl& c = *model.control;
+    c.iterlimit = 11, c.timelimit = 12.9, c.nodelimit = 13, c.intsollimit = 14, c.popsize = 15;
+    c.stalltime = 16;
+    for (std::int32_t k = 0; k < 6; ++k) EXPECT_EQ(getrunparam(&c, k), 11 + k);
+    const double known[] = {c.reserved1092, 1e-4};
+    double given[2] = {};
+    getdblinfo(&c, &given[0], INFO_RESERVED1092);
+    getdblinfo(&c, &given[1], INFO_CONSTANT);
+    EXPECT_EQ(Reals(given, given + 2), Reals(known, known + 2));
     for (const std::int32_t selector : {-1, 15}) {
         double value = -1.0;
         EXPECT_EQ(getintinfo(model.control, selector), 0);

@@ -56,6 +56,7 @@ TEST(Queries, refuse_the_first_wrong_argument)
 
     expect_told(solution(m.as(PROB_LP, 2001), nullptr, nullptr, v, v, v, v), 1, "solution", size);
     expect_told(solution(m.as(PROB_NLP, 401), nullptr, nullptr, v, v, v, v), 1, "solution", size);
+    EXPECT_EQ(solution(m.as(PROB_LP, 2000), nullptr, nullptr, none, none, none, none), 0);
     EXPECT_EQ(solution(m.as(PROB_NSP, 401), nullptr, nullptr, none, none, none, none), 0);
 
     expect_told(objsa(m.as(PROB_QP), 0, 2, v, v), 1, "objsa", " is valid only for LP problems");
