@@ -375,9 +375,9 @@ TARNWICK_API int32_t TARNWICK_CALL mipoptimize(Problem* lp);
  *   6 matvaltype    char[matnz] or null, likewise
  *
  * 0 and letters that are all 'L' are no proof. The letters come from the axes alone: what shows at
- * sample points only is told by nonlinear_p and not by the letters. The slopes are left in obj and matval, and the point
- * that solution() gives is the one evaluated last. When the function fails, or memory runs out, the
- * result is 1, and the arrays may be partly filled. */
+ * sample points only is told by nonlinear_p and not by the letters. The slopes are left in obj and
+ * matval, and the point that solution() gives is the one evaluated last. When the function fails, or
+ * memory runs out, the result is 1, and the arrays may be partly filled. */
 TARNWICK_API int32_t TARNWICK_CALL testnltype(Problem* lp, int32_t numtests, double* testvals,
                                               int32_t* nonlinear_p, char* objtype,
                                               char* matvaltype);
@@ -490,8 +490,9 @@ enum {
  * at 0 none of them can be spared; at 1 the bounds are not tested, and every finite one is listed.
  * Integer restrictions and the objective take no part. The status is 1, or 101 for integer models,
  * when the search came to its end, but 65 for an indefinite quadratic objective, and the subset then
- * counts as not found. Earlier results stay. Each row takes a variable of the engine's more
- * and each equation two; beyond 2000 with the model's the status is 201.
+ * counts as not found. A bound beyond which the model's function fails counts as needed. Earlier
+ * results stay. Each row takes a variable of the engine's more and each equation two; beyond 2000 with
+ * the model's the status is 201.
  *
  *   1 lp            a model with at least one row
  *   2 iisnumrows_p  receives the number of rows; an equality counts twice
