@@ -5,7 +5,6 @@
 #include "interface/loading.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "platform/floatcontrol.h"
 #include "platform/prefetch.h"
@@ -124,11 +123,11 @@ Refusal test_matrix(MatrixArguments& matrix, const MatrixRefusals& refusals) noe
 
 // ---- a model
 
-bool has_only(const char* letters, std::int32_t count, const char* named) noexcept
+bool has_only(const char* letters, std::int32_t count, std::string_view named) noexcept
 {
     const char* const end = letters + std::max(count, 0);
     return std::all_of(letters, end, [named](char letter) {
-        return letter != '\0' && std::strchr(named, letter) != nullptr;
+        return std::find(named.begin(), named.end(), letter) != named.end();
     });
 }
 

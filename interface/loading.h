@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "interface/problem.h"
 #include "platform/olearray.h"
@@ -64,7 +65,7 @@ struct ModelArguments {
 };
 
 // True if each of the count letters is one of those named.
-bool has_only(const char* letters, std::int32_t count, const char* named) noexcept;
+bool has_only(const char* letters, std::int32_t count, std::string_view named) noexcept;
 
 // Views an array of letters that may be null, in OLE array mode, and gives its reference. False: no
 // such array.
