@@ -24,9 +24,14 @@ bool has_quadratic_part(const Problem& problem) noexcept
     return is_quadratic && problem.qmatval;
 }
 
-bool is_sparse(const Problem& problem) noexcept
+bool has_indices(const Problem& problem) noexcept
 {
     return problem.matbeg && problem.matcnt && problem.matind;
+}
+
+bool is_sparse(const Problem& problem) noexcept
+{
+    return has_indices(problem) && !problem.control.matrixisfull;
 }
 
 bool is_q_sparse(const Problem& problem) noexcept
@@ -34,23 +39,8 @@ bool is_q_sparse(const Problem& problem) noexcept
     return problem.qmatbeg && problem.qmatcnt && problem.qmatind;
 }
 
-// The values of a sparse column that lists all rows in their order; else null.
-const double* full_column(const Problem& problem, int j) noexcept
-{
-    const int m = problem.numrows;
-    if (problem.matcnt[j] != m) return nullptr;
-    const std::int32_t* const rows = problem.matind + problem.matbeg[j];
-    std::int32_t misplaced = 0;
-    for (int i = 0; i < m; ++i) misplaced |= rows[i] ^ i;
-    return misplaced == 0 ? problem.matval + problem.matbeg[j] : nullptr;
-}
-
 void add_column(const Problem& problem, int j, double xj, double* lhs) noexcept
 {
-    if (const double* const column = full_column(problem, j)) {
-        add_multiple(lhs, xj, column, problem.numrows);
-        return;
-    }
     const int end = problem.matbeg[j] + problem.matcnt[j];
     for (int k = problem.matbeg[j]; k < end; ++k) {
         const int i = problem.matind[k];
@@ -202,21 +192,31 @@ bool ishomogeneous(const SolveControl& control) noexcept
            control.elasticmode == 0;
 }
 
+bool hasfullmatrix(const Problem& problem) noexcept
+{
+    if (!has_indices(problem)) return false;
+    const int m = problem.numrows;
+    const std::int32_t* rows = problem.matind;
+    for (int j = 0; j < problem.numcols; ++j, rows += m) {
+        if (problem.matcnt[j] != m || problem.matbeg[j] != std::ptrdiff_t{m} * j) return false;
+        std::int32_t misplaced = 0;
+        for (int i = 0; i < m; ++i) misplaced |= rows[i] ^ i;
+        if (misplaced != 0) return false;
+    }
+    return true;
+}
+
 bool copymatrix(const SolveControl& control, double* const* rows) noexcept
 {
     const Problem& problem = *control.problem;
     const int m = problem.numrows, n = problem.numcols;
-    if (control.elasticmode != 0) return false;
-    const bool sparse = is_sparse(problem);
-    for (int j = 0; sparse && j < n; ++j)
-        if (!full_column(problem, j)) return false;
+    if (control.elasticmode != 0 || is_sparse(problem)) return false;
 
     // A line of rows at a time, so that reading and writing both go by cache lines.
     for (int first = 0; first < m; first += LINE) {
         const int count = std::min(LINE, m - first);
         for (int j = 0; j < n; ++j) {
-            const std::ptrdiff_t start = sparse ? problem.matbeg[j] : std::ptrdiff_t{m} * j;
-            const double* from = problem.matval + start + first;
+            const double* const from = problem.matval + std::ptrdiff_t{m} * j + first;
             for (int i = 0; i < count; ++i) rows[first + i + 1][j + 1] = from[i];
         }
     }

@@ -41,11 +41,13 @@ std::int32_t beginrun(SolveControl* control, std::int32_t) noexcept
     control->timebudget = static_cast<std::uint32_t>(control->timelimit);
     control->clockstart = clock_seconds();
     control->stopcode = STOP_NONE;
+    control->matrixisfull = hasfullmatrix(*control->problem);
     return setupelastic(*control) ? 1 : 0;
 }
 
 std::int32_t endrun(SolveControl* control) noexcept
 {
+    control->matrixisfull = false;
     if (control->elasticmode != 0) {
         control->elasticrows.release();
         control->elasticvalues.release();

@@ -161,7 +161,10 @@ std::int32_t TARNWICK_CALL setelastic(SolveControl* control, std::int32_t var, s
 // functions are zero at the origin, and doubling the point doubles them to the last bit.
 bool ishomogeneous(const SolveControl& control) noexcept;
 
-// What walkmatrix visits of a matrix whose columns are all full, without a call for each entry:
+// Whether a matrix with indices could do without: see matrixisfull.
+bool hasfullmatrix(const Problem& problem) noexcept;
+
+// What walkmatrix visits of a dense matrix or one that is as full, without a call for each entry:
 // rows[i + 1][j + 1] becomes entry (i, j), and row numrows + 1 holds the objective. False, and
 // nothing done, for any other model.
 bool copymatrix(const SolveControl& control, double* const* rows) noexcept;

@@ -48,6 +48,9 @@ struct SolveControl {
     std::uint32_t clockstart;  // seconds of the clock when the run began
     std::uint32_t timebudget;  // whole seconds
     StopCode stopcode;
+    // The columns of the matrix list all rows in their order, one column behind the other, so that the
+    // values are those of a dense matrix. Known during a run alone.
+    bool matrixisfull;
 
     // Elastic variables of the run: variable numcols + k widens the row |elasticrows[k]| - 1, in
     // the direction of the sign. Mode 0 is off; 1 and 2 start a search, higher values are progress.

@@ -32,6 +32,10 @@ constexpr std::int32_t LOW_WORD = 0xFFFF;
 
 LpEngine* engine_of(const SolveRun& run) noexcept { return static_cast<LpEngine*>(run.engine); }
 
+// Larger blocks pass by the lists of recycled ones of a common allocator; a host of small models
+// would notice.
+static_assert(sizeof(LpEngine) <= 1032);
+
 LpEngine* create_engine(SolveControl* control) noexcept
 {
     void* const block = allocate_record(sizeof(LpEngine));
