@@ -80,6 +80,35 @@ TEST(Reading, adds_what_comes_twice_and_passes_over_rows_that_do_not_exist)
                 meant.rows[static_cast<std::size_t>(i - 1)].a[static_cast<std::size_t>(j - 1)]);
 }
 
+// Indices that list all entries in their order are passed over as superfluous. max x + y under
+// x + 2y <= 4 and 3x + y <= 7 gives 3 at (2, 1); in each model an entry stands elsewhere.
+TEST(Reading, goes_by_indices_that_are_nearly_those_of_a_dense_matrix)
+{
+    // clang-format off
+    struct Indices {
+        const char* name;
+        std::int32_t beg[2], cnt[2], ind[5];
+        double val[5];
+        double optimum;
+    } models[] = {
+        {"a dense one",              {0, 2}, {2, 2}, {0, 1, 0, 1},    {1, 3, 2, 1},    3.0},
+        {"rows in another order",    {0, 2}, {2, 2}, {0, 1, 1, 0},    {1, 3, 1, 2},    3.0},
+        {"a gap before a column",    {0, 3}, {2, 2}, {0, 1, 0, 1, 0}, {1, 3, 9, 1, 2}, 3.0},
+        {"the last column is short", {0, 2}, {2, 1}, {0, 1, 0, 1},    {1, 3, 2, 9},    3.0 + 1.0 / 6.0},
+    };
+    // clang-format on
+    double obj[] = {1, 1}, rhs[] = {4, 7}, lb[] = {0, 0}, ub[] = {INF, INF};
+    char sense[] = "LL";
+    for (Indices& model : models) {
+        SCOPED_TRACE(model.name);
+        Problem* lp = loadlp("", 2, 2, -1, obj, rhs, sense, model.beg, model.cnt, model.ind,
+                             model.val, lb, ub, nullptr, 0, 0, 5);
+        ASSERT_NE(lp, nullptr);
+        EXPECT_NEAR(solve(lp).objval, model.optimum, 1e-9);
+        unloadprob(&lp);
+    }
+}
+
 // ---- rows
 
 TEST(Senses, of_rows_with_two_bounds_or_none_stop_the_set_up)
