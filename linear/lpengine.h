@@ -61,14 +61,14 @@ struct LpEngine {
     LpMode mode = MODE_NONE;
     bool maximize = false;
     bool colscaled = false, rowscaled = false;  // some exponent is not zero
-    double tol = 0.0;      // relative, plus 1.0: linearity, consistency of the answer
-    Vec<double> start;     // n, the start point; scaled
-    Vec<double> grad;      // n, the costs; scaled
-    Vec<double> rowlower;  // m+1
-    Vec<double> rowupper;  // m+1
-    Vec<double> rhs;       // m+1, right-hand side of each row; scaled
-    Vec<std::int32_t> colexp;  // n, binary scale exponents
-    Vec<std::int32_t> rowexp;  // m+1, [0] and [m+1] are the objective's
+    double tol = 0.0;            // relative, plus 1.0: linearity, consistency of the answer
+    Vec<double> start;           // n, the start point; scaled
+    Vec<double> grad;            // n, the costs; scaled
+    Vec<double> rowlower;        // m+1
+    Vec<double> rowupper;        // m+1
+    Vec<double> rhs;             // m+1, right-hand side of each row; scaled
+    Vec<std::int32_t> colexp;    // n, binary scale exponents
+    Vec<std::int32_t> rowexp;    // m+1, [0] and [m+1] are the objective's
     Vec<double> colup, coldown;  // n, two to the power of the exponent and of its negative
     Vec<double> rowup, rowdown;  // m+1, likewise
 
