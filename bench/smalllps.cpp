@@ -1,6 +1,6 @@
 // Small and middling dense LPs, of which some hosts solve thousands in a row, in the library and in
-// other solvers. Each round solves the batch with one solver after the other. What is timed is all
-// that a host does for a model: load, solve, read the results, unload.
+// other solvers. Each round solves the batch with one solver after the other, each in a process of its
+// own. What is timed is all that a host does for a model: load, solve, read the results, unload.
 //
 // Counters: microseconds and pivots for an LP with each solver. The table at the end holds them side
 // by side, with the ratio of the fastest other solver to the library. A batch whose objectives do
@@ -12,11 +12,13 @@
 #include <cmath>
 #include <cstdio>
 #include <iterator>
+#include <memory>
 #include <string>
 
 #include "bench/contestant.h"
 #include "bench/rounds.h"
 #include "bench/smalllp.h"
+#include "bench/worker.h"
 #include "include/tarnwick.h"
 
 namespace bench {
@@ -138,26 +140,47 @@ void report(benchmark::State& state, const std::vector<Contestant>& all, const R
     state.counters["ratio"] = best_ratio(row);
 }
 
+struct Answer {
+    Sums sums;
+    double seconds = 0.0;
+};
+
+std::unique_ptr<Worker<Answer>> start(const Contestant& contestant, const Batch& batch)
+{
+    return std::make_unique<Worker<Answer>>([&contestant, &batch] {
+        return [lps = make_batch(batch), results = Results(batch.n),
+                solve = contestant.solve]() mutable {
+            const double start = processor_seconds();
+            const Sums sums = solve_batch(solve, lps, results);
+            return Answer{sums, processor_seconds() - start};
+        };
+    });
+}
+
 void small_lps(benchmark::State& state, Size size)
 {
     const Batch& batch = size.batch;
-    std::vector<SmallLp> lps = make_batch(batch);
-    Results results(batch.n);
     const std::vector<Contestant> all = contestants();
-    std::vector<Sums> sums(all.size());
+    std::vector<std::unique_ptr<Worker<Answer>>> workers;
+    std::vector<Sums> sums;
+    Answer answer;
 
-    for (std::size_t k = 0; k < all.size(); ++k) {  // warms up
-        sums[k] = solve_batch(all[k].solve, lps, results);
-        if (is_right(sums[k], k, batch)) continue;
+    for (const Contestant& each : all) {
+        workers.push_back(start(each, batch));
+        const bool has_answered = workers.back()->ask(answer);  // warms up
+        sums.push_back(answer.sums);
+        if (has_answered && is_right(answer.sums, sums.size() - 1, batch)) continue;
         has_failed = true;
-        state.SkipWithError((std::string("wrong objectives: ") + all[k].name).c_str());
+        state.SkipWithError((std::string("wrong objectives: ") + each.name).c_str());
         return;
     }
 
     Rounds rounds(all.size());
     for (auto _ : state) {
-        for (std::size_t k = 0; k < all.size(); ++k)
-            rounds.time(k, [&] { sums[k] = solve_batch(all[k].solve, lps, results); });
+        for (std::size_t k = 0; k < all.size(); ++k) {
+            workers[k]->ask(answer);
+            rounds.add(k, answer.seconds);
+        }
         state.SetIterationTime(rounds.last(LIBRARY));
     }
     table.push_back(make_row(batch, rounds, sums));
