@@ -5,6 +5,8 @@
 
 #include <climits>
 #include <cstddef>
+#include <iterator>
+#include <utility>
 
 #include "interface/problem.h"
 
@@ -151,11 +153,24 @@ std::int32_t get(const char* title, std::span<const Parameter<Value>> table, con
 std::span<const Parameter<std::int32_t>> int_parameters() noexcept { return INT_PARAMETERS; }
 std::span<const Parameter<double>> dbl_parameters() noexcept { return DBL_PARAMETERS; }
 
+namespace {
+
+// Row by row at compile time: what is left of the table are stores of constants.
+template <auto& TABLE, std::size_t... ROW>
+void set_fields(SolveControl& control, std::index_sequence<ROW...>) noexcept
+{
+    const auto set_field = [&control](const auto& p) noexcept {
+        if (p.field) control.*p.field = p.initial;
+    };
+    (set_field(TABLE[ROW]), ...);
+}
+
+}  // namespace
+
 void set_parameter_defaults(SolveControl& control) noexcept
 {
-    for (const auto& p : INT_PARAMETERS)
-        if (p.field) control.*p.field = p.initial;
-    for (const auto& p : DBL_PARAMETERS) control.*p.field = p.initial;
+    set_fields<INT_PARAMETERS>(control, std::make_index_sequence<std::size(INT_PARAMETERS)>());
+    set_fields<DBL_PARAMETERS>(control, std::make_index_sequence<std::size(DBL_PARAMETERS)>());
 }
 
 bool messages_are_on() noexcept { return messages.load(std::memory_order_relaxed) != 0; }
