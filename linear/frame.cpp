@@ -66,17 +66,14 @@ bool create_arrays(LpEngine& lp) noexcept
 {
     const int n = lp.n, m = lp.m;
     return lp.arrays.create([&lp, n, m](auto& layout) {
-        for (Vec<double>* column :
-             {&lp.start, &lp.grad, &lp.x, &lp.lower, &lp.upper, &lp.iterate, &lp.dj, &lp.objup,
-              &lp.objdown, &lp.rise, &lp.fall, &lp.colup, &lp.coldown})
-            layout(*column, n);
-        for (Vec<double>* row :
-             {&lp.rowlower, &lp.rowupper, &lp.rhs, &lp.rowvalue, &lp.rowbase, &lp.rowprobe,
-              &lp.basicvalue, &lp.basiclower, &lp.basicupper, &lp.column, &lp.pi, &lp.rhsup,
-              &lp.rhsdown, &lp.rowup, &lp.rowdown, &lp.steps})
-            layout(*row, m + 1);
-        for (Vec<std::int32_t>* column : {&lp.colexp, &lp.colstate, &lp.collabel, &lp.waiting.list})
-            layout(*column, n);
+        layout({&lp.start, &lp.grad, &lp.x, &lp.lower, &lp.upper, &lp.iterate, &lp.dj, &lp.objup,
+                &lp.objdown, &lp.rise, &lp.fall, &lp.colup, &lp.coldown},
+               n);
+        layout({&lp.rowlower, &lp.rowupper, &lp.rhs, &lp.rowvalue, &lp.rowbase, &lp.rowprobe,
+                &lp.basicvalue, &lp.basiclower, &lp.basicupper, &lp.column, &lp.pi, &lp.rhsup,
+                &lp.rhsdown, &lp.rowup, &lp.rowdown, &lp.steps},
+               m + 1);
+        layout({&lp.colexp, &lp.colstate, &lp.collabel, &lp.waiting.list}, n);
         layout(lp.rowexp, m + 1);
         layout(lp.rowlabel, m);
         layout(lp.rowpending, m);

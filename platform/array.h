@@ -4,6 +4,7 @@
 #include <cassert>
 #include <cstddef>
 #include <cstdint>
+#include <initializer_list>
 #include <span>
 #include <type_traits>
 #include <utility>
@@ -132,8 +133,20 @@ class ArrayBlock {
         template <class T>
         void operator()(Vec<T>& array, int n) noexcept
         {
-            T* const cells = take<T>(static_cast<std::size_t>(n) + 1);
-            if (cells) array = {cells, n};
+            (*this)({&array}, n);
+        }
+
+        // Arrays of one length, one behind the other.
+        template <class T>
+        void operator()(std::initializer_list<Vec<T>*> arrays, int n) noexcept
+        {
+            const std::size_t stride = whole_line<T>(static_cast<std::size_t>(n) + 1);
+            T* cells = take<T>(arrays.size() * stride);
+            if (!cells) return;
+            for (Vec<T>* array : arrays) {
+                *array = {cells, n};
+                cells += stride;
+            }
         }
 
         void operator()(Matrix& matrix, int m, int n) noexcept
@@ -150,13 +163,21 @@ class ArrayBlock {
         std::size_t bytes() const noexcept { return used_; }
 
       private:
+        // Elements up to the end of a line.
+        template <class T>
+        static std::size_t whole_line(std::size_t count) noexcept
+        {
+            static_assert(std::is_trivial_v<T> && LINE_BYTES % sizeof(T) == 0);
+            constexpr std::size_t ELEMENTS = LINE_BYTES / sizeof(T);
+            return (count + ELEMENTS - 1) / ELEMENTS * ELEMENTS;
+        }
+
         template <class T>
         T* take(std::size_t count) noexcept
         {
-            static_assert(std::is_trivial_v<T> && alignof(T) <= LINE_BYTES);
             T* const place = base_ ? reinterpret_cast<T*>(base_ + used_) : nullptr;
             // NOLINTNEXTLINE(bugprone-sizeof-expression): an array may hold pointers.
-            used_ += (count * sizeof(T) + LINE_BYTES - 1) / LINE_BYTES * LINE_BYTES;
+            used_ += whole_line<T>(count) * sizeof(T);
             return place;
         }
 
