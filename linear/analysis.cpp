@@ -182,10 +182,17 @@ SolutionRecord solution_record(const LpEngine& lp, Vec<double> reduced, Vec<doub
             .duals = duals.first()};
 }
 
-SensitivityRecord sensitivity_record(LpEngine& lp) noexcept
+// What is of the same units in one pass: a small model feels each.
+void unscale_analysis(LpEngine& lp) noexcept
 {
-    unscalegradient(lp, {lp.grad, lp.objup, lp.objdown});
-    unscalerowvalues(lp, {lp.rhs, lp.rhsup, lp.rhsdown});
+    unscalecolumns(lp, {lp.lower, lp.x, lp.upper});
+    unscalegradient(lp, {lp.dj, lp.grad, lp.objup, lp.objdown});
+    unscalerowvalues(lp, {lp.rowlower, lp.rowupper, lp.rhs, lp.rhsup, lp.rhsdown});
+    unscaleduals(lp, lp.pi);
+}
+
+SensitivityRecord sensitivity_record(const LpEngine& lp) noexcept
+{
     return {.columns = lp.n,
             .cost = lp.grad.first(),
             .costup = lp.objup.first(),
@@ -205,7 +212,7 @@ void finishlinear(LpEngine& lp) noexcept
     analyse_columns(lp);
     analyse_rows(lp);
 
-    unscale_solution(lp, lp.dj, lp.pi);
+    unscale_analysis(lp);
     const SolutionRecord solution = solution_record(lp, lp.dj, lp.pi);
     const SensitivityRecord sensitivity = sensitivity_record(lp);
     storesolution(lp.control, &solution, &sensitivity);

@@ -49,6 +49,43 @@ template <int ROWS>
     }
 }
 
+[[gnu::always_inline]] inline std::int64_t divide(double* __restrict row, double* __restrict copy,
+                                                  double inverse, int width, double floor)
+{
+    std::int64_t largest = 0;
+    for (int j = 0; j < whole(width); ++j) {
+        const double product = row[j] * inverse;
+        const double value = std::fabs(row[j]) > floor ? product : row[j];
+        const double entry = std::fabs(value) > floor ? value : 0.0;
+        row[j] = value;
+        copy[j] = entry;
+        largest = std::max(largest, rank(std::fabs(entry)));
+    }
+    return largest;
+}
+
+[[gnu::always_inline]] inline std::int64_t copy_entries(double* __restrict copy,
+                                                        const double* __restrict values, int width,
+                                                        double floor)
+{
+    std::int64_t largest = 0;
+    for (int j = 0; j < whole(width); ++j) {
+        const double entry = std::fabs(values[j]) > floor ? values[j] : 0.0;
+        copy[j] = entry;
+        largest = std::max(largest, rank(std::fabs(entry)));
+    }
+    return largest;
+}
+
+[[gnu::always_inline]] inline void add(double* __restrict target, double factor,
+                                       const double* __restrict column, int width, double floor)
+{
+    for (int i = 0; i < whole(width); ++i) {
+        const double sum = target[i] + factor * column[i];
+        target[i] = std::fabs(column[i]) > floor ? sum : target[i];
+    }
+}
+
 }  // namespace
 
 // ---- the update of a pivot
@@ -92,47 +129,21 @@ void subtract_rows(double* y, const double* f, const double* const* p, int rows,
 [[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
 #endif
 double
-multiply_entries(double* __restrict values, double* __restrict copy, double factor, int width,
+prepare_update(const PivotArrays& arrays, double inverse, double step, double floor) noexcept
+{
+    const std::int64_t entry = divide(arrays.row, arrays.divided, inverse, arrays.width, floor);
+    const std::int64_t factor = copy_entries(arrays.factors, arrays.column, arrays.height, floor);
+    if (std::fabs(step) > floor) add(arrays.values, step, arrays.column, arrays.height, floor);
+    return of_rank(std::max(entry, factor));
+}
+
+#if defined(TARNWICK_CLONES)
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
+#endif
+void add_entries(double* target, double factor, const double* column, int width,
                  double floor) noexcept
 {
-    std::int64_t largest = 0;
-    for (int j = 0; j < whole(width); ++j) {
-        const double product = values[j] * factor;
-        const double value = std::fabs(values[j]) > floor ? product : values[j];
-        const double entry = std::fabs(value) > floor ? value : 0.0;
-        values[j] = value;
-        copy[j] = entry;
-        largest = std::max(largest, rank(std::fabs(entry)));
-    }
-    return of_rank(largest);
-}
-
-#if defined(TARNWICK_CLONES)
-[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
-#endif
-double
-copy_entries(double* __restrict copy, const double* __restrict values, int width,
-             double floor) noexcept
-{
-    std::int64_t largest = 0;
-    for (int j = 0; j < whole(width); ++j) {
-        const double entry = std::fabs(values[j]) > floor ? values[j] : 0.0;
-        copy[j] = entry;
-        largest = std::max(largest, rank(std::fabs(entry)));
-    }
-    return of_rank(largest);
-}
-
-#if defined(TARNWICK_CLONES)
-[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
-#endif
-void add_entries(double* __restrict target, double factor, const double* __restrict column,
-                 int width, double floor) noexcept
-{
-    for (int i = 0; i < whole(width); ++i) {
-        const double sum = target[i] + factor * column[i];
-        target[i] = std::fabs(column[i]) > floor ? sum : target[i];
-    }
+    add(target, factor, column, width, floor);
 }
 
 #if defined(TARNWICK_CLONES)
@@ -305,6 +316,16 @@ struct Magnitudes {
     }
 }
 
+[[gnu::always_inline]] inline void scale_array(double* __restrict values,
+                                               const double* __restrict factors, int width,
+                                               double infinite)
+{
+    for (int k = 0; k < whole(width); ++k) {
+        const double value = values[k], product = value * factors[k];
+        values[k] = std::fabs(value) >= infinite ? value : product;
+    }
+}
+
 [[gnu::always_inline]] inline void scale_array(double* __restrict values, double factor,
                                                const double* __restrict factors, int width,
                                                double infinite)
@@ -355,7 +376,10 @@ void scale_entries(double* const* rows, const double* row_factors, const double*
 void scale_values(double* const* arrays, int count, double factor, const double* factors, int width,
                   double infinite) noexcept
 {
-    for (int a = 0; a < count; ++a) scale_array(arrays[a], factor, factors, width, infinite);
+    if (factor == 1.0)
+        for (int a = 0; a < count; ++a) scale_array(arrays[a], factors, width, infinite);
+    else
+        for (int a = 0; a < count; ++a) scale_array(arrays[a], factor, factors, width, infinite);
 }
 
 }  // namespace tarnwick

@@ -21,14 +21,19 @@ void subtract_outer(double* const* rows, const double* factors, int first, int l
 void subtract_rows(double* y, const double* f, const double* const* p, int rows,
                    int width) noexcept;
 
-// values[j] *= factor where |values[j]| is above `floor`; copy[j] is the product, those of magnitude
-// up to `floor`, and NaNs, as zeros. Gives the largest magnitude of the copy.
-double multiply_entries(double* values, double* copy, double factor, int width,
-                        double floor) noexcept;
-
-// copy[j] = values[j], those of magnitude up to `floor`, and NaNs, as zeros. Gives the largest
-// magnitude.
-double copy_entries(double* copy, const double* values, int width, double floor) noexcept;
+// What goes before the update of the rows. The pivot row is multiplied by `inverse` where it is above
+// `floor` in magnitude, and copied to `divided`; the pivot column is copied to `factors`; in both
+// copies magnitudes up to `floor`, and NaNs, are zeros. Where the column is above `floor`, its
+// multiple `step` is added to `values`, unless the step itself is not. Gives the largest magnitude of
+// the copies.
+struct PivotArrays {
+    double *row, *divided;  // width
+    const double* column;   // height, like the next two
+    double *factors, *values;
+    int width, height;
+};
+double prepare_update(const PivotArrays& arrays, double inverse, double step,
+                      double floor) noexcept;
 
 // target[i] += factor * column[i] where |column[i]| is above `floor`.
 void add_entries(double* target, double factor, const double* column, int width,

@@ -166,25 +166,29 @@ double put_to_rest(LpEngine& lp, int label, int c) noexcept
     return 0.0;
 }
 
-// Row r over its pivot element, whose inverse takes its place; and a copy of its entries to the next
-// place of the waiting list. Gives the largest magnitude.
-double divide_row(LpEngine& lp, int r, int c, double inverse) noexcept
+// Row r over its pivot element, whose inverse takes its place, the entries of row and column to the
+// next place of the waiting list, and what the update does to column 0. True: an infinity is among
+// the entries.
+bool prepare(LpEngine& lp, int r, int c) noexcept
 {
+    const double inverse = 1.0 / lp.column[r];
+    const double old = lp.basicvalue[r];
+    const double value = is_negligible(old) ? old : old * inverse;
     double* const p = lp.waiting.rows[lp.waiting.count];
-    const double largest =
-        multiply_entries(lp.tableau[r], p, inverse, lp.tableau.width(), NEGLIGIBLE);
+    double* const factors = lp.waiting.columns[lp.waiting.count];
+    const double largest = prepare_update({.row = lp.tableau[r],
+                                           .divided = p,
+                                           .column = lp.column.data(),
+                                           .factors = factors,
+                                           .values = lp.basicvalue.data(),
+                                           .width = lp.tableau.width(),
+                                           .height = whole_lines(lp.m + 1)},
+                                          inverse, -value, NEGLIGIBLE);
     lp.tableau[r][c] = inverse;
     p[c] = inverse;
-    if (!is_negligible(lp.basicvalue[r])) lp.basicvalue[r] *= inverse;
-    return largest;
-}
-
-// What the update does to column 0.
-void update_values(LpEngine& lp, int r) noexcept
-{
-    const double value = lp.basicvalue[r];
-    shift_values(lp, -value);
+    factors[r] = 0.0;
     lp.basicvalue[r] = value;
+    return std::isinf(largest);
 }
 
 // The rows first..last less the multiples of the pivot row p that `factors` gives, by the list of
@@ -227,17 +231,6 @@ bool is_sparse(const double* p, int width) noexcept
     constexpr int SHARE = 8;          // an entry by list costs this many times one of a whole row
     constexpr int SHORTEST_ROW = 64;  // below it a list isn't worth making
     return width >= SHORTEST_ROW && count_entries(p, width) * SHARE <= width;
-}
-
-// The pivot column to the next place of the waiting list, its negligible elements as zeros. Gives
-// the largest magnitude.
-double copy_factors(LpEngine& lp, int r) noexcept
-{
-    double* const factors = lp.waiting.columns[lp.waiting.count];
-    const double largest =
-        copy_entries(factors, lp.column.data(), whole_lines(lp.m + 1), NEGLIGIBLE);
-    factors[r] = 0.0;
-    return largest;
 }
 
 // Takes the divided pivot row from the other rows: at once from the two that are priced, and from
@@ -285,10 +278,8 @@ void pivot(LpEngine& lp, int last, int r, int c) noexcept
     lp.basicvalue[r] -= put_to_rest(lp, leaving, c);
 
     refreshrow(lp, r);
-    const double largest_entry = divide_row(lp, r, c, 1.0 / lp.column[r]);
-    update_values(lp, r);
-    const double largest_factor = copy_factors(lp, r);
-    update_rows(lp, last, r, c, std::isinf(largest_entry) || std::isinf(largest_factor));
+    const bool has_infinity = prepare(lp, r, c);
+    update_rows(lp, last, r, c, has_infinity);
 
     lp.collabel[c] = leaving;
     lp.rowlabel[r] = entering;
