@@ -91,7 +91,7 @@ class Host {
     {
         ++evaluations_;
         Reals all(static_cast<std::size_t>(problem_.numrows()) + 1, 0.0);
-        all[0] = problem_.objsen * problem_.value({x.data()}, {all.data() + 1});
+        all[0] = problem_.objsen * problem_.value({x.data()}, all.data() + 1);
         return all;
     }
 

@@ -10,19 +10,12 @@ namespace {
 
 std::map<Problem*, LoadedProblem*> hosts;
 
-Reals spread(const Reals& values, int n)
-{
-    const auto count = static_cast<std::size_t>(n);
-    if (values.empty()) return Reals(count, 0.0);
-    return values.size() == 1 ? Reals(count, values[0]) : values;
-}
-
 std::int32_t TARNWICK_CALL evaluate(Problem* lp, std::int32_t, std::int32_t, double* objval_p,
                                     double* lhs, double* var, std::int32_t, std::int32_t)
 {
     LoadedProblem& host = *hosts.at(lp);
     ++host.evaluations;
-    *objval_p = host.problem.value({var}, {lhs});
+    *objval_p = host.problem.value({var}, lhs);
     return std::isnan(*objval_p);
 }
 
@@ -31,12 +24,10 @@ std::int32_t TARNWICK_CALL differentiate(Problem* lp, std::int32_t numcols, std:
                                          std::int32_t*, std::int32_t*, double* matval, double* x,
                                          char*, char*)
 {
-    LoadedProblem& host = *hosts.at(lp);
-    ++host.jacobians;
-    const Derivatives d = derivatives_at(host.problem, Reals(x, x + numcols));
+    const Derivatives d = derivatives_at(hosts.at(lp)->problem, Reals(x, x + numcols));
     std::copy(d.obj.begin(), d.obj.end(), obj);
     std::copy(d.matval.begin(), d.matval.end(), matval);
-    return std::any_of(d.obj.begin(), d.obj.end(), [](double v) { return std::isnan(v); });
+    return std::ranges::any_of(d.obj, [](double v) { return std::isnan(v); });
 }
 
 double excess(double value, Limits limits, double unit)
@@ -64,7 +55,7 @@ double wrong_sign(double multiplier, double value, Limits limits, double tol)
 Reals rows_at(const FunctionProblem& problem, const Reals& x, double& f)
 {
     Reals g(static_cast<std::size_t>(problem.numrows()) + 1, 0.0);
-    f = problem.value({x.data()}, {g.data()});
+    f = problem.value({x.data()}, g.data());
     return g;
 }
 
@@ -73,8 +64,7 @@ Reals rows_at(const FunctionProblem& problem, const Reals& x, double& f)
 Limits limits_of_row(const FunctionProblem& problem, int i)
 {
     const auto k = static_cast<std::size_t>(i);
-    const double rhs = spread(problem.rhs, problem.numrows())[k];
-    const double other = rhs + spread(problem.range, problem.numrows())[k];
+    const double rhs = problem.rhs[k], other = rhs + problem.range[k];
     switch (problem.sense[k]) {
     case SENSE_LESS: return {-INF, rhs};
     case SENSE_GREATER: return {rhs, INF};
@@ -87,28 +77,21 @@ Limits limits_of_column(const FunctionProblem& problem, int j)
 {
     const auto k = static_cast<std::size_t>(j);
     if (!problem.ctype.empty() && problem.ctype[k] == TYPE_BINARY) return {0, 1};
-    return {spread(problem.lower, problem.numcols())[k],
-            spread(problem.upper, problem.numcols())[k]};
+    return {problem.lower[k], problem.upper[k]};
 }
 
-LoadedProblem::LoadedProblem(const FunctionProblem& p, Family f) : problem(p), family(f)
+LoadedProblem::LoadedProblem(const FunctionProblem& given, Family family)
+    : problem(given), has_duals_(family == Family::smooth && given.ctype.empty()),
+      obj_(given.start.size()), matval_(given.start.size() * given.sense.size())
 {
-    const int n = p.numcols(), m = p.numrows();
-    obj = Reals(static_cast<std::size_t>(n), 0.0);
-    rhs = spread(p.rhs, m);
-    range = spread(p.range, m);
-    matval = Reals(static_cast<std::size_t>(n) * static_cast<std::size_t>(m), 0.0);
-    var = p.start;
-    lb = spread(p.lower, n);
-    ub = spread(p.upper, n);
-    sense = p.sense;
-    ctype = p.ctype;
-    lp = loadnlp(p.name, n, m, p.objsen, obj.data(), rhs.data(), sense.data(), nullptr, nullptr,
-                 nullptr, matval.data(), var.data(), lb.data(), ub.data(), range.data(), n * m,
-                 evaluate, differentiate);
+    const int n = problem.numcols(), m = problem.numrows();
+    lp = loadnlp(problem.name, n, m, problem.objsen, obj_.data(), problem.rhs.data(),
+                 problem.sense.data(), nullptr, nullptr, nullptr, matval_.data(),
+                 problem.start.data(), problem.lower.data(), problem.upper.data(),
+                 problem.range.data(), n * m, evaluate, differentiate);
     hosts[lp] = this;
     if (family == Family::nonsmooth) loadnltype(lp, nullptr, nullptr);
-    if (!ctype.empty()) loadctype(lp, ctype.data());
+    if (!problem.ctype.empty()) loadctype(lp, problem.ctype.data());
 }
 
 LoadedProblem::~LoadedProblem()
@@ -120,14 +103,14 @@ LoadedProblem::~LoadedProblem()
 Answer LoadedProblem::solve()
 {
     Answer answer;
-    answer.x.resize(var.size());
-    answer.slack.resize(rhs.size());
-    const bool has_duals = family == Family::smooth && ctype.empty();
-    if (has_duals) answer.dj.resize(var.size());
-    if (has_duals) answer.piout.resize(rhs.size());
+    answer.x.resize(problem.start.size());
+    answer.slack.resize(problem.sense.size());
+    if (has_duals_) {
+        answer.dj.resize(answer.x.size());
+        answer.piout.resize(answer.slack.size());
+    }
     if (optimize(lp) || solution(lp, &answer.status, &answer.objval, answer.x.data(),
-                                 has_duals ? answer.piout.data() : nullptr, answer.slack.data(),
-                                 has_duals ? answer.dj.data() : nullptr))
+                                 answer.piout.data(), answer.slack.data(), answer.dj.data()))
         answer.status = -1;
     return answer;
 }
@@ -191,15 +174,14 @@ double stationarity_error(const FunctionProblem& problem, const Answer& answer, 
             rest -= term;
             size = std::max(size, std::fabs(term));
         }
-        worst = std::max(worst, std::fabs(rest));
-        worst =
-            std::max(worst, wrong_sign(problem.objsen * answer.dj[j], answer.x[j],
-                                       limits_of_column(problem, static_cast<int>(j)), bindingtol));
+        const double dj = problem.objsen * answer.dj[j];
+        worst = std::max({worst, std::fabs(rest), wrong_sign(dj, answer.x[j], limits, bindingtol)});
     }
-    for (std::size_t i = 0; i < m; ++i)
-        worst =
-            std::max(worst, wrong_sign(problem.objsen * answer.piout[i], g[i],
-                                       limits_of_row(problem, static_cast<int>(i)), bindingtol));
+    for (std::size_t i = 0; i < m; ++i) {
+        const Limits limits = limits_of_row(problem, static_cast<int>(i));
+        const double pi = problem.objsen * answer.piout[i];
+        worst = std::max(worst, wrong_sign(pi, g[i], limits, bindingtol));
+    }
     return worst / size;
 }
 

@@ -9,8 +9,8 @@ namespace tarnwick {
 
 enum class Family { smooth, nonsmooth };
 
-// A problem of the collections as a host loads it, with the arrays behind it and a count of what the
-// library asks for. The derivatives are there for PARAM_NLPDERIVMODE; they are central differences.
+// A problem of the collections as a host loads it, with the arrays behind it and a count of its
+// evaluations. The derivatives are there for PARAM_NLPDERIVMODE; they are central differences.
 class LoadedProblem {
   public:
     LoadedProblem(const FunctionProblem& problem, Family family);
@@ -23,11 +23,12 @@ class LoadedProblem {
     Answer solve();
 
     Problem* lp = nullptr;
-    const FunctionProblem& problem;
-    const Family family;
-    Reals obj, rhs, range, matval, var, lb, ub;
-    std::string sense, ctype;
-    long evaluations = 0, jacobians = 0;
+    FunctionProblem problem;
+    long evaluations = 0;
+
+  private:
+    const bool has_duals_;
+    Reals obj_, matval_;
 };
 
 // Where a row or a column, counted from 0, is to be kept.

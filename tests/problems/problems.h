@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <limits>
 #include <span>
 #include <string>
@@ -8,38 +9,38 @@
 
 namespace tarnwick {
 
-// A point and the rows' values as the books count them, from 1.
+// A point as the books count it, from 1.
 struct Point {
     const double* first;
     double operator[](int j) const { return first[j - 1]; }
 };
 
-struct RowValues {
-    double* first;
-    double& operator[](int i) const { return first[i - 1]; }
-};
-
-// Fills the rows and returns the objective. NaN: the function fails at this point.
-using ProblemFunction = double (*)(Point x, RowValues g);
-
 inline constexpr double FAILS = std::numeric_limits<double>::quiet_NaN();
 
 // A published model that is known through a function, with its optimum. Arrays that are left out
-// hold -INF, INF, 0 and continuous types; an array of one element stands for that value throughout.
+// hold -INF, INF, 0 and continuous types; an array of one element stands for that value throughout,
+// and the collections have it as long as the model is.
 struct FunctionProblem {
     const char* name = nullptr;
     Reals start{};
     Reals lower{-INF}, upper{INF};
     std::string sense{};  // a letter for each row
-    Reals rhs{0.0}, range{};
+    Reals rhs{0.0}, range{0.0};
     double optimum = 0.0;
     Reals local{};  // other stationary points to which a descent from the start may lead
     std::int32_t objsen = 1;
     std::int32_t status = STAT_NONE;  // where the outcome is another than the optimum
     std::string ctype{};
-    Reals best{};  // a published best point
-    ProblemFunction value = nullptr;
+    Reals best{};                            // a published best point
+    double (*objective)(Point x) = nullptr;  // FAILS where the function has no value
+    Reals (*rows)(Point x) = nullptr;
 
+    // Fills the rows and returns the objective.
+    double value(Point x, double* g) const
+    {
+        if (rows) std::ranges::copy(rows(x), g);
+        return objective(x);
+    }
     int numcols() const { return static_cast<int>(start.size()); }
     int numrows() const { return static_cast<int>(sense.size()); }
 };

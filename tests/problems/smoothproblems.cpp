@@ -13,7 +13,7 @@ namespace {
 
 using std::exp, std::sqrt;
 
-double helical_valley(Point x, RowValues)
+double helical_valley(Point x)
 {
     double theta = std::atan(x[2] / x[1]) / (2 * M_PI);
     if (x[1] < 0) theta += 0.5;
@@ -21,14 +21,12 @@ double helical_valley(Point x, RowValues)
     return 100 * (square(x[3] - 10 * theta) + square(radius - 1)) + square(x[3]);
 }
 
-double box_three_dimensional(Point x, RowValues)
+double box_three_dimensional(Point x)
 {
-    double sum = 0.0;
-    for (int i = 1; i <= 10; ++i) {
+    return sum(1, 10, [x](int i) {
         const double t = 0.1 * i;
-        sum += square(exp(-t * x[1]) - exp(-t * x[2]) - x[3] * (exp(-t) - exp(-10 * t)));
-    }
-    return sum;
+        return square(exp(-t * x[1]) - exp(-t * x[2]) - x[3] * (exp(-t) - exp(-10 * t)));
+    });
 }
 
 Reals alternating(std::size_t n, double odd, double even)
@@ -40,82 +38,61 @@ Reals alternating(std::size_t n, double odd, double even)
 
 // Sums of two neighbours stay at 3 or above, each pair in its own row: the growth of exp makes both
 // 3/2, and the optimum n exp(3/2).
-double pairs_of_400(Point x, RowValues g)
+Reals pairs_of_400_rows(Point x)
 {
-    double f = 0.0;
-    for (int i = 1; i <= 200; ++i) {
-        g[i] = x[2 * i - 1] + x[2 * i];
-        f += exp(x[2 * i - 1]) + exp(x[2 * i]);
-    }
-    return f;
+    Reals g;
+    for (int j = 1; j < 400; j += 2) g.push_back(x[j] + x[j + 1]);
+    return g;
 }
 
 // clang-format off
 const FunctionProblem OTHERS[] = {
-{.name = "MGH 1: Rosenbrock", .start = {-1.2, 1}, .optimum = 0,
-    .value = [](Point x, RowValues) { return rosenbrock(x); }},
+{.name = "MGH 1: Rosenbrock", .start = {-1.2, 1}, .optimum = 0, .objective = rosenbrock},
 {.name = "MGH 2: Freudenstein and Roth, to its local optimum", .start = {0.5, -2}, .optimum = 48.9842536,
-    .value = [](Point x, RowValues) {
+    .objective = [](Point x) {
         return square(-13 + x[1] + ((5 - x[2]) * x[2] - 2) * x[2]) + square(-29 + x[1] + ((x[2] + 1) * x[2] - 14) * x[2]);
     }},
 {.name = "MGH 5: Beale", .start = {1, 1}, .optimum = 0,
-    .value = [](Point x, RowValues) {
+    .objective = [](Point x) {
         return square(1.5 - x[1] * (1 - x[2])) + square(2.25 - x[1] * (1 - square(x[2]))) +
                square(2.625 - x[1] * (1 - cube(x[2])));
     }},
-{.name = "MGH 7: helical valley", .start = {-1, 0, 0}, .optimum = 0, .value = helical_valley},
-{.name = "MGH 12: Box, three-dimensional", .start = {0, 10, 20}, .optimum = 0, .value = box_three_dimensional},
+{.name = "MGH 7: helical valley", .start = {-1, 0, 0}, .optimum = 0, .objective = helical_valley},
+{.name = "MGH 12: Box, three-dimensional", .start = {0, 10, 20}, .optimum = 0, .objective = box_three_dimensional},
 {.name = "MGH 13: Powell's singular function", .start = {3, -1, 0, 1}, .optimum = 0,
-    .value = [](Point x, RowValues) {
+    .objective = [](Point x) {
         return square(x[1] + 10 * x[2]) + 5 * square(x[3] - x[4]) + fourth(x[2] - 2 * x[3]) + 10 * fourth(x[1] - x[4]);
     }},
 {.name = "MGH 21: Rosenbrock in 30 variables", .start = alternating(30, -1.2, 1), .optimum = 0,
-    .value = [](Point x, RowValues) {
-        double f = 0.0;
-        for (int j = 1; j < 30; j += 2) f += rosenbrock({x.first + j - 1});
-        return f;
-    }},
+    .objective = [](Point x) { return sum(0, 14, [x](int k) { return rosenbrock({x.first + 2 * k}); }); }},
 // The point of the half-plane nearest to 0 is (1/2, 1/2).
 {.name = "a row at infinity and a fixed variable", .start = {3, 3, 3}, .lower = {-INF, -INF, 7}, .upper = {INF, INF, 7},
     .sense = "GLG", .rhs = {1, INF, -INF}, .optimum = 7.5,
-    .value = [](Point x, RowValues g) {
-        g[1] = x[1] + x[2];
-        g[2] = x[1] * x[2] * x[3];
-        g[3] = x[1] - cube(x[2]);
-        return square(x[1]) + square(x[2]) + x[3];
-    }},
+    .objective = [](Point x) { return square(x[1]) + square(x[2]) + x[3]; },
+    .rows = [](Point x) { return Reals{x[1] + x[2], x[1] * x[2] * x[3], x[1] - cube(x[2])}; }},
 {.name = "all variables fixed", .start = {2, 0}, .lower = {2, 3}, .upper = {2, 3}, .sense = "L", .rhs = {6}, .optimum = 13,
-    .value = [](Point x, RowValues g) {
-        g[1] = x[1] * x[2];
-        return square(x[1]) + square(x[2]);
-    }},
+    .objective = [](Point x) { return square(x[1]) + square(x[2]); },
+    .rows = [](Point x) { return Reals{x[1] * x[2]}; }},
 // On the unit circle x1 + x2 is at most the root of 2.
 {.name = "infeasible", .start = {1, 2}, .sense = "LG", .rhs = {1, 3}, .status = STAT_INFEASIBLE,
-    .value = [](Point x, RowValues g) {
-        g[1] = square(x[1]) + square(x[2]);
-        g[2] = x[1] + x[2];
-        return x[1];
-    }},
+    .objective = [](Point x) { return x[1]; },
+    .rows = [](Point x) { return Reals{square(x[1]) + square(x[2]), x[1] + x[2]}; }},
 {.name = "infeasible by two equalities", .start = {1, 1, 1}, .sense = "EE", .rhs = {1, 2}, .status = STAT_INFEASIBLE,
-    .value = [](Point x, RowValues g) {
-        g[1] = sum_of(x, 1, 3);
-        g[2] = sum_of(x, 1, 3);
-        return sum_of_squares(x, 1, 3);
-    }},
+    .objective = [](Point x) { return sum_of_squares(x, 1, 3); },
+    .rows = [](Point x) { return Reals{sum_of(x, 1, 3), sum_of(x, 1, 3)}; }},
 {.name = "unbounded along a row", .start = {1, 1}, .sense = "E", .status = STAT_UNBOUNDED,
-    .value = [](Point x, RowValues g) {
-        g[1] = x[1] - x[2];
-        return -x[1] - 2 * x[2];
-    }},
+    .objective = [](Point x) { return -x[1] - 2 * x[2]; },
+    .rows = [](Point x) { return Reals{x[1] - x[2]}; }},
 {.name = "unbounded without rows", .start = {1, 1}, .lower = {-INF, 0}, .status = STAT_UNBOUNDED,
-    .value = [](Point x, RowValues) { return square(x[1] - 3) - x[2]; }},
+    .objective = [](Point x) { return square(x[1] - 3) - x[2]; }},
 // The first unit step from 0 leads beyond 3, where there are no values.
 {.name = "fails on the way", .start = {0, 0}, .status = STAT_EVALERROR,
-    .value = [](Point x, RowValues) { return x[1] > 3 ? FAILS : -10 * x[1] + square(x[2]); }},
-{.name = "fails at the start", .start = {0, 0}, .status = STAT_EVALERROR,
-    .value = [](Point, RowValues) { return FAILS; }},
+    .objective = [](Point x) { return x[1] > 3 ? FAILS : -10 * x[1] + square(x[2]); }},
+{.name = "fails at the start", .start = {0, 0}, .status = STAT_EVALERROR, .objective = [](Point) { return FAILS; }},
 {.name = "400 variables and 200 rows", .start = alternating(400, 0, 4), .sense = std::string(200, 'G'), .rhs = {3},
-    .optimum = 400 * 4.4816890703380648, .value = pairs_of_400},
+    .optimum = 400 * 4.4816890703380648,
+    .objective = [](Point x) { return sum(1, 200, [x](int i) { return exp(x[2 * i - 1]) + exp(x[2 * i]); }); },
+    .rows = pairs_of_400_rows},
 };
 // clang-format on
 
@@ -125,6 +102,7 @@ std::vector<FunctionProblem> all_problems()
     for (const auto& part :
          {small_book_problems(), larger_book_problems(), std::span<const FunctionProblem>(OTHERS)})
         all.insert(all.end(), part.begin(), part.end());
+    std::ranges::for_each(all, complete);
     return all;
 }
 
