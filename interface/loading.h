@@ -17,7 +17,7 @@ struct Refusal {
 };
 
 // Tells of a refusal and hands back its code.
-std::int32_t report(const Refusal& refusal, const char* title) noexcept;
+[[gnu::cold]] std::int32_t report(const Refusal& refusal, const char* title) noexcept;
 
 // A matrix as a load function gets it, by columns: the constraint matrix, or Q.
 struct MatrixArguments {

@@ -124,7 +124,7 @@ bool is_mip(const Problem& problem) noexcept;
 bool is_semidefinite(const Problem& problem) noexcept;
 
 // An error report: shows the message box when PARAM_MESSAGES is on, and hands back the code.
-std::int32_t report(std::int32_t code, const char* title, const char* text) noexcept;
+[[gnu::cold]] std::int32_t report(std::int32_t code, const char* title, const char* text) noexcept;
 
 // The handle test. False: it has been reported, and the caller returns 1.
 bool is_handle(const Problem* lp, const char* title) noexcept;
