@@ -1,145 +1,200 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <functional>
 #include <tuple>
 
 #include "tests/control/servedmodel.h"
+#include "tests/support/clock.h"
+#include "tests/support/verifier.h"
 
 namespace tarnwick {
 namespace {
 
-// What stands behind the others is seen by the engines that ask, and by their tests.
-TEST(Services, know_limits_and_no_other_selectors)
+std::function<std::int32_t(Problem* lp, std::int32_t event)> on_event;
+std::int32_t TARNWICK_CALL call_on_event(Problem* lp, std::int32_t event)
 {
-    const ServedModel model;
-    SolveControl& c = *model.control;
-    c.iterlimit = 11, c.timelimit = 12.9, c.nodelimit = 13, c.intsollimit = 14, c.popsize = 15;
-    c.stalltime = 16;
-    for (std::int32_t k = 0; k < 6; ++k) EXPECT_EQ(getrunparam(&c, k), 11 + k);
-    const double known[] = {c.reserved1092, 1e-4};
-    double given[2] = {};
-    getdblinfo(&c, &given[0], INFO_RESERVED1092);
-    getdblinfo(&c, &given[1], INFO_CONSTANT);
-    EXPECT_EQ(Reals(given, given + 2), Reals(known, known + 2));
-    for (const std::int32_t selector : {-1, 15}) {
-        double value = -1.0;
-        EXPECT_EQ(getintinfo(model.control, selector), 0);
-        EXPECT_EQ(getrunparam(model.control, selector), 0);
-        EXPECT_EQ(getcapability(model.control, selector), 0U);
-        EXPECT_EQ(getdblinfo(model.control, &value, selector), 0);
-        EXPECT_EQ(value, 1e-8);
-    }
+    return on_event(lp, event);
 }
 
-TEST(Services, give_integer_flags_and_a_start_unless_the_model_is_linear)
+// ---- reports
+
+// What a report leaves: objective, infeasibility, best integer objective; iterations, nodes,
+// iterations of the finished subproblems; integer solutions, elastic mode.
+Reals counters_of(const Problem& p)
 {
-    ServedModel model;
-    char ctype[] = "CB";
-    model.lp->ctype = ctype;
-    for (const std::int32_t type : {0, 1, 4, 8, 12, 16, 20, 24}) {
-        model.lp->problemtype = type;
-        Ints flags(2, 9);
-        Reals start(2, 9.0);
-        EXPECT_EQ(getintflags(model.control, flags.data()), 1);
-        EXPECT_EQ(getstart(model.control, start.data()), 1);
-        EXPECT_EQ(flags, Ints({0, 1}));
-        EXPECT_EQ(start, type < PROB_QP ? Reals(2, 0.0) : model.start);
-    }
+    const std::int32_t wholes[] = {p.iterations, p.nodes, p.totaliterations, p.intsolutions,
+                                   p.control.elasticmode};
+    Reals all{p.currentobj, p.infeasibility, p.bestinteger};
+    all.insert(all.end(), std::begin(wholes), std::end(wholes));
+    return all;
 }
 
-Reals visited;  // rows and values
-
-TEST(Services, walk_over_q_and_then_the_linear_objective)
+// The value is 8.5; 30 iterations, 5 nodes of 6, 100 iterations before; limits: 40 iterations, 3
+// solutions; a stop of the user's is pending.
+TEST(Progress, counts_and_decides_by_the_event_word)
 {
-    const Visit note = [](SolveControl*, void*, std::int32_t row, std::int32_t, double value,
-                          void*) noexcept -> std::int32_t {
-        visited.insert(visited.end(), {static_cast<double>(row), value});
-        return 1;
-    };
-    ServedModel model(PROB_QP);
-    visited.clear();
-    EXPECT_EQ(walkquad(model.control, nullptr, note, nullptr), 1);
-    EXPECT_EQ(visited, Reals({0, 1, 1, 2, 0, 0, 1, -1, -1, 5}));
-}
-
-using Asked = std::tuple<Reals, std::int32_t, std::int32_t>;  // point, varone, vartwo
-std::vector<Asked> asked;
-std::int32_t TARNWICK_CALL answer_with_sum(Problem*, std::int32_t numcols, std::int32_t numrows,
-                                           double* objval, double* lhs, double* var,
-                                           std::int32_t varone, std::int32_t vartwo)
-{
-    asked.emplace_back(Reals(var, var + numcols), varone, vartwo);
-    for (std::int32_t i = 0; i < numrows; ++i) lhs[i] += var[0] + var[1] + i;
-    *objval = var[0] * var[1];
-    return var[0] > 100.0 ? 7 : 0;
-}
-
-TEST(Services, ask_the_callers_function)
-{
-    ServedModel model(PROB_NLP);
-    model.lp->funceval = answer_with_sum;
-    asked.clear();
-    Reals lhs(5, 9.0), x{2, 3, 1, 1, 1, 1, 1};
-    EXPECT_EQ(evalfunctions(model.control, lhs.data(), x.data()), 1);
-    EXPECT_EQ(lhs, Reals({5, 6, 7, 8, 6}));
-    EXPECT_EQ(evalcolpair(model.control, lhs.data(), 1, 10.0, 0, 1.0), 1);
-    EXPECT_EQ(lhs, Reals({11, 12, 13, 14, 10}));
-    EXPECT_EQ(evalcol(model.control, lhs.data(), 0, 200.0), 0);
-    EXPECT_EQ(lhs[4], 2000.0) << "what a failed function wrote stays";
-    EXPECT_EQ(evalcolpair(model.control, lhs.data(), INT_MAX, 1.0, -5, 1.0), 0);
-    EXPECT_EQ(asked[0], Asked({2, 3}, -1, -1));
-    EXPECT_EQ(asked[1], Asked({1, 10}, 1, 0));
-    EXPECT_EQ(asked[2], Asked({200, 10}, 0, 0));
-    EXPECT_EQ(asked[3], Asked({200, 10}, -1, -5)) << "no such variables: nothing moves";
-
-    model.make_elastic();
-    evalfunctions(model.control, lhs.data(), x.data());
-    for (const std::int32_t var : {3, 7}) {  // there is no variable 7
-        EXPECT_EQ(evalcol(model.control, lhs.data(), var, 10.0), 1);
-        EXPECT_EQ(lhs, Reals({4, 16, 7, 7, 14}));
-    }
-    endrun(model.control);
-}
-
-TEST(Services, store_the_smaller_slack_of_a_ranged_row)
-{
-    ServedModel model(PROB_NLP);
-    ASSERT_TRUE(create_results(*model.lp));
-    const Reals zero(4), lower{-INF, -1, 0, 1}, value{1.5, 2, 0, 2}, upper{2, INF, 0, 4};
-    const SolutionRecord solution{2, nullptr,      zero.data(),  nullptr,      zero.data(),
-                                  4, lower.data(), value.data(), upper.data(), zero.data()};
-    storesolution(model.control, &solution, nullptr);
-    EXPECT_EQ(Reals(model.lp->slack, model.lp->slack + 4), Reals({0.5, -3, 0, -1}));
-}
-
-// ---- elastic variables
-
-TEST(Elastic, variables_are_fixed_and_freed_in_pairs)
-{
-    const Reals loose{1, 1, INF, INF, INF, INF, INF};
+    const Reals same{0, 0, 0, 30, 5, 100, 0, 0};
     // clang-format off
-    using Int = std::int32_t;
-    const std::tuple<const char*, Int, Int, Int, Int, Reals, Reals> CASES[] = {
-        {"fix a variable",        2,  0,  9, 1, loose, {1, 1, 0, INF, INF, INF, INF}},
-        {"fix one of a pair",     5,  0,  0, 1, loose, {1, 1, INF, INF, 0, 0, INF}},
-        {"the model's own",       1,  0,  0, 0, loose, loose},
-        {"beyond the last",       7,  0,  0, 0, loose, loose},
-        {"fix a row",             -1, 3,  1, 1, loose, {1, 1, INF, INF, INF, INF, 0}},
-        {"fix an equation",       -1, 2,  1, 1, loose, {1, 1, INF, INF, 0, 0, INF}},
-        {"free an equation",      -9, 2,  0, 1, {1, 1, 0, 0, 0, 0, 0}, {1, 1, 0, 0, INF, INF, 0}},
-        {"free what isn't fixed", -1, 2,  0, 0, loose, loose},
-        {"no such action",        -1, 2,  2, 0, loose, loose},
-        {"a row below 0",         -1, -1, 0, 0, loose, loose},
+    const struct {
+        const char* name;
+        std::int32_t event, count;
+        std::int32_t want, remembered;  // the stop code that is returned and the one that stays
+        std::int32_t callback;
+        Reals counters;
+    } CASES[] = {
+        {"reads the stop code",        0,   9,  2, 2, 0,   same},
+        {"set-up work",                2,   9,  0, 2, 0,   same},
+        {"poll",                       32,  9,  2, 2, 0,   same},
+        {"final evaluation",           64,  9,  0, 2, 0,   same},
+        {"final evaluation done",      128, 9,  2, 2, 0,   same},
+        {"unknown event",              1,   9,  0, 2, 0,   same},
+        {"iteration",                  36,  40, 0, 0, 1,   {8.5, 0, 0, 40, 5, 100, 0, 0}},
+        {"iteration beyond the limit", 36,  41, 1, 1, 0,   {8.5, 0, 0, 41, 5, 100, 0, 0}},
+        {"infeasible iteration",       292, 7,  0, 0, 1,   {8.5, 8.5, 0, 7, 5, 100, 0, 0}},
+        {"reduced gradient",           21,  7,  0, 0, 1,   {8.5, 0, 0, 7, 5, 100, 0, 0}},
+        {"node",                       8,   3,  0, 0, 101, {0, 0, 0, 0, 6, 130, 3, 0}},
+        {"node beyond the solutions",  168, 4,  5, 5, 0,   {0, 0, 8.5, 0, 6, 130, 4, 0}},
+        {"node before iteration",      12,  3,  0, 0, 101, {0, 0, 0, 0, 6, 130, 3, 0}},
+        {"elastic mode",               512, 2,  0, 0, 0,   {0, 0, 0, 30, 5, 100, 0, 2}},
+        {"elastic step",               512, 3,  0, 0, 0,   {0, 0, 0, 0, 5, 130, 0, 3}},
+        {"elastic before all",         956, -1, 0, 0, 0,   {0, 0, 0, 0, 5, 130, 0, 65535}},
     };
     // clang-format on
-    ServedModel model;
-    model.make_elastic();
-    for (const auto& [name, var, row, action, result, before, after] : CASES) {
-        Reals ub = before;
-        EXPECT_EQ(setelastic(model.control, var, row, action, ub.data()), result) << name;
-        EXPECT_EQ(ub, after) << name;
+    for (const auto& c : CASES) {
+        SCOPED_TRACE(c.name);
+        ServedModel model;
+        SolveControl& control = *model.control;
+        control.iterlimit = 40, control.nodelimit = 6, control.intsollimit = 3;
+        control.lpcallback = control.mipcallback = call_on_event;
+        std::int32_t answer = 0, called_with = 0;
+        on_event = [&](Problem*, std::int32_t event) {
+            called_with = event;
+            return answer;
+        };
+        beginrun(&control, 0);
+        model.lp->iterations = 30, model.lp->nodes = 5, model.lp->totaliterations = 100;
+        control.stopcode = STOP_USER;
+        const auto report = [&] { return reportprogress(&control, c.event, c.count, 8.5); };
+        EXPECT_EQ(report(), c.want);
+        EXPECT_EQ(control.stopcode, c.remembered);
+        EXPECT_EQ(called_with, c.callback);
+        EXPECT_EQ(counters_of(*model.lp), c.counters);
+
+        // A limit comes before the callback, and a report without a reason takes the stop back.
+        if (c.callback == 0) continue;
+        answer = 104;
+        EXPECT_EQ(report(), c.callback == 1 ? STOP_INTLIMIT : STOP_NODELIMIT);
+        answer = 0;
+        control.nodelimit = 9;
+        EXPECT_EQ(report(), STOP_NONE);
+        EXPECT_EQ(control.stopcode, STOP_NONE);
     }
-    endrun(model.control);
+}
+
+TEST(Progress, watches_the_clock)
+{
+    ServedModel model(PROB_NLP);
+    Problem& problem = *model.lp;
+    SolveControl& control = *model.control;
+    set_clock(7999);
+    control.timelimit = 2.9;
+    beginrun(&control, 0);
+    for (const std::uint32_t now : {7999U, 8999U, 9000U, 4294967295U, 6999U, 7000U}) {
+        SCOPED_TRACE(now);
+        set_clock(now);
+        problem.objval = now;
+        const bool is_left = now >= 7000 && now < 9000;  // a clock before its start has wrapped
+        const std::int32_t want = is_left ? STOP_NONE : STOP_TIMELIMIT;
+        EXPECT_EQ(reportprogress(&control, EVENT_ITERATION, 1, 0.0), want);
+        EXPECT_EQ(problem.currentobj, now) << "what the caller's function gave";
+        EXPECT_EQ(reportprogress(&control, EVENT_NODE, 0, 0.0), want);
+        EXPECT_EQ(reportprogress(&control, EVENT_ELASTIC, 10, 0.0), want);
+        EXPECT_EQ(reportprogress(&control, EVENT_ELASTIC, 0, 0.0), STOP_NONE);
+    }
+    release_clock();
+
+    control.timelimit = control.nodelimit = INT_MAX;
+    beginrun(&control, 0);
+    problem.nodes = problem.totaliterations = INT_MAX - 1;
+    problem.iterations = 7;
+    for (int k = 0; k < 3; ++k) EXPECT_EQ(reportprogress(&control, EVENT_NODE, 0, 0.0), STOP_NONE);
+    EXPECT_EQ(problem.nodes, INT_MAX) << "counters stay where they can't go on";
+    EXPECT_EQ(problem.totaliterations, INT_MAX);
+}
+
+// ---- callbacks
+
+TEST(Callbacks, stop_a_run_by_their_answer)
+{
+    // clang-format off
+    const std::tuple<std::int32_t, std::int32_t, std::int32_t> CASES[] = {
+        {5, 5, 6}, {7, 7, 8}, {107, 7, 8}, {105, 105, 106}, {104, 104, 104}, {1, 12, 13},
+        {-1, 12, 13}, {6, 12, 13}, {8, 12, 13}, {106, 12, 13}, {108, 12, 13},
+    };
+    // clang-format on
+    for (const auto& [answer, feasible, infeasible] : CASES)
+        for (const bool is_feasible : {true, false}) {
+            SCOPED_TRACE(answer);
+            const LinearModel& model = is_feasible ? FEASIBLE_AT_ONCE : TWO_PHASES;
+            const LoadedModel loaded(model);
+            on_event = [result = answer](Problem*, std::int32_t) { return result; };
+            setlpcallbackfunc(loaded.lp, call_on_event);
+            EXPECT_EQ(solve(loaded.lp).status, is_feasible ? feasible : infeasible);
+            EXPECT_EQ(loaded.lp->iterations, 1);
+            setlpcallbackfunc(loaded.lp, nullptr);
+            expect_optimal(model, solve(loaded.lp));
+        }
+}
+
+// In the first phase the objective is the infeasibility; each falls from report to report.
+TEST(Callbacks, see_the_counters_and_may_stop_at_any_event)
+{
+    for (unsigned seed = 1; seed <= 5 && !HasFailure(); ++seed) {
+        const LinearModel model = solvable_model(seed, {.rows = 12, .cols = 16, .free = 0.1});
+        const LoadedModel loaded(model);
+        std::int32_t status = STAT_NONE;
+        for (std::int32_t last = 1; status != STAT_OPTIMAL && last < 100; ++last) {
+            SCOPED_TRACE(testing::Message() << "seed " << seed << ", event " << last);
+            std::int32_t events = 0;
+            double falls[] = {INF, INF};  // the objective, the infeasibility
+            bool in_phase_one = true;
+            on_event = [&](Problem* lp, std::int32_t event) {
+                EXPECT_EQ(event, 1);
+                EXPECT_EQ(lp->iterations, ++events);
+                in_phase_one = in_phase_one && lp->currentobj == lp->infeasibility;
+                const double now = in_phase_one ? lp->infeasibility : lp->currentobj * model.objsen;
+                EXPECT_LE(now, std::exchange(falls[in_phase_one], now) + 1e-9);
+                return events == last ? 1 : 0;
+            };
+            setlpcallbackfunc(loaded.lp, call_on_event);
+            const Answer answer = solve(loaded.lp);
+            status = answer.status;
+            EXPECT_TRUE(status == STAT_OPTIMAL || events == last);
+            if (status == STAT_OPTIMAL)
+                expect_optimal(model, answer);
+            else if (status == STAT_USERSTOP_FEAS || !in_phase_one)
+                expect_feasible(model, answer.x);
+            else
+                EXPECT_EQ(status, STAT_USERSTOP_INFEAS);
+            EXPECT_FALSE(loaded.lp->running);
+        }
+        EXPECT_EQ(status, STAT_OPTIMAL);
+    }
+}
+
+TEST(Callbacks, may_solve_another_model_and_not_their_own)
+{
+    const LoadedModel outer(TWO_PHASES), inner(FEASIBLE_AT_ONCE);
+    on_event = [&](Problem* lp, std::int32_t) {
+        EXPECT_EQ(optimize(lp), 1);
+        Problem* handle = lp;
+        EXPECT_EQ(unloadprob(&handle), 1);
+        expect_optimal(FEASIBLE_AT_ONCE, solve(inner.lp));
+        return 0;
+    };
+    setlpcallbackfunc(outer.lp, call_on_event);
+    expect_optimal(TWO_PHASES, solve(outer.lp));
 }
 
 }  // namespace

@@ -1,12 +1,10 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <tuple>
 
 #include "interface/problem.h"
 #include "tests/support/memory.h"
-#include "tests/support/messages.h"
 #include "tests/support/models.h"
 
 namespace tarnwick {
@@ -45,6 +43,7 @@ TEST(Definiteness, is_decided_for_the_sense_of_the_objective)
         {"negative below what counts",         1, {-1e-16},                         true },
         {"negative beyond what counts",        1, {-1e-14},                         false},
         {"positive curvature at the end",      1, {2, 1, 1, 1, 2, 1, 1, 1, 0.7},    true },
+        {"negative curvature at the end",      1, {2, 1, 1, 1, 2, 1, 1, 1, 0.6},    false},
         {"NaN on the diagonal",                1, {1, 0, 0, nan},                   false},
         {"NaN alone in a row of zeros",        1, {0, 0, 0, 0, 0, nan, 0, 0, 0},    false},
         {"infinite product",                   1, {1, HUGE_VAL, 0, 1},              false},
@@ -73,33 +72,8 @@ TEST(Definiteness, of_a_sparse_q_adds_the_entries_of_one_place)
     EXPECT_EQ(code_of({1, 2}, {0, 0, 1}, {1.0, 2.5, 1.0}), 5) << "one triangle";
 }
 
-// L D L' of small whole numbers is exact, and its curvature has the signs of D.
-TEST(Definiteness, agrees_with_the_signs_of_a_factorisation)
-{
-    for (int code = 0; code < 27 * 27; ++code) {
-        int digits = code;
-        const auto next = [&digits] { return std::exchange(digits, digits / 3) % 3 - 1.0; };
-        const Reals d{next(), next(), next()};
-        const double a = next(), b = next(), c = next();
-        const Reals l[] = {
-            Reals{1, 0, 0},
-            Reals{a, 1, 0},
-            Reals{b, c, 1}
-        };
-
-        Reals q(9, 0.0);
-        for (std::size_t i = 0; i < 3; ++i)
-            for (std::size_t k = 0; k < 3; ++k)
-                for (std::size_t p = 0; p < 3; ++p) q[i * 3 + k] += l[i][p] * d[p] * l[k][p];
-
-        const bool is_convex = *std::min_element(d.begin(), d.end()) >= 0.0;
-        EXPECT_EQ(Columns(3).load(q), is_convex ? 0 : 5) << "factorisation " << code;
-    }
-}
-
 TEST(Definiteness, without_memory_the_test_fails_and_the_model_stays)
 {
-    const MessageLog log;
     Columns model(2);
     const long alive = blocks_alive();
     bool failed = true;
@@ -110,7 +84,6 @@ TEST(Definiteness, without_memory_the_test_fails_and_the_model_stays)
         allow_all_allocations();
         EXPECT_EQ(blocks_alive(), alive);
         EXPECT_EQ(code, failed ? 5 : 0);
-        EXPECT_EQ(MessageLog::take().size(), failed ? 1U : 0U);
         EXPECT_EQ(model.lp->problemtype, PROB_QP);
     }
 }

@@ -1,16 +1,16 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstring>
 #include <regex>
 #include <string>
 
 #include "control/services.h"
 #include "interface/exports.h"
+#include "interface/problem.h"
 #include "linear/lpengine.h"
-#include "tests/interface/smallmodel.h"
 #include "tests/support/memory.h"
 #include "tests/support/messages.h"
+#include "tests/support/models.h"
 #include "tests/support/printed.h"
 
 namespace tarnwick {
@@ -53,7 +53,7 @@ constexpr struct {
 
 TEST(Handle, every_function_refuses_what_is_none)
 {
-    const SmallModel model;
+    const LoadedModel model({{{{1}, 'L', 1}}, {1}});
     alignas(Problem) static unsigned char foreign[sizeof(Problem)];
     std::memcpy(foreign, static_cast<const void*>(model.lp), sizeof foreign);  // a copy is none
     const auto address = reinterpret_cast<std::uintptr_t>(foreign);
@@ -71,14 +71,12 @@ TEST(Unload, releases_everything_and_keeps_the_callers_variable)
 {
     const MessageLog log;
     const long alive = blocks_alive();
-    SmallModel model;
+    LoadedModel model({{{{1}, 'L', 1}}, {1}});
     EXPECT_GT(blocks_alive(), alive);
     Problem* lp = model.lp;
     EXPECT_EQ(unloadprob(&lp), 0);
     EXPECT_EQ(lp, std::exchange(model.lp, nullptr));
     EXPECT_EQ(blocks_alive(), alive);
-
-    MessageLog::take();
     expect_told(unloadprob(nullptr), 1, "unloadprob", "lp_p is not valid");
 }
 
@@ -86,19 +84,19 @@ TEST(ProblemLimits, are_given_for_every_type)
 {
     const char* const title = "getproblimits";
     const MessageLog log;
-    std::int32_t size[] = {-7, -7, -7}, *const none = nullptr;
+    std::int32_t cols = -7, rows = -7, ints = -7, *const none = nullptr;
     expect_told(getproblimits(nullptr, 2, none, none, none), 2, title, "numcols_p is NULL");
-    expect_told(getproblimits(nullptr, 2, size, none, none), 3, title, "numrows_p is NULL");
-    expect_told(getproblimits(nullptr, 2, size, size, none), 4, title, "numints_p is NULL");
+    expect_told(getproblimits(nullptr, 2, &cols, none, none), 3, title, "numrows_p is NULL");
+    expect_told(getproblimits(nullptr, 2, &cols, &rows, none), 4, title, "numints_p is NULL");
     for (const std::int32_t type : {-1, 2, 28})
-        expect_told(getproblimits(nullptr, type, size, size + 1, size + 2), 1, title,
+        expect_told(getproblimits(nullptr, type, &cols, &rows, &ints), 1, title,
                     "problem type is invalid");
-    EXPECT_EQ(*std::max_element(size, size + 3), -7) << "nothing is given";
+    EXPECT_EQ(cols, -7) << "nothing is given";
     for (const std::int32_t type : {0, 1, 4, 8, 12, 16, 20, 24}) {
-        EXPECT_EQ(getproblimits(nullptr, type, size, size + 1, size + 2), 0) << type;
-        EXPECT_EQ(size[0], type <= PROB_MIQP ? 2000 : 400) << type;
-        EXPECT_EQ(size[1], type <= PROB_MIQP ? 8192 : 200) << type;
-        EXPECT_EQ(size[2], size[0]) << type;
+        EXPECT_EQ(getproblimits(nullptr, type, &cols, &rows, &ints), 0) << type;
+        EXPECT_EQ(cols, type <= PROB_MIQP ? 2000 : 400) << type;
+        EXPECT_EQ(rows, type <= PROB_MIQP ? 8192 : 200) << type;
+        EXPECT_EQ(ints, cols) << type;
     }
 }
 
