@@ -10,7 +10,6 @@
 #include "control/services.h"
 #include "interface/problem.h"
 #include "platform/memory.h"
-#include "tests/support/clock.h"
 #include "tests/support/integers.h"
 #include "tests/support/memory.h"
 
@@ -35,9 +34,7 @@ struct Answered {
 };
 using Box = std::vector<std::pair<double, double>>;
 
-// clang-format off
 const LinearModel ANY{{{{1}, 'L', 1}}, {1}};
-// clang-format on
 
 Box range(double lower, double upper) { return Box(1, {lower, upper}); }
 
@@ -98,16 +95,13 @@ TEST(Branch, chooses_the_variable_by_binaries_then_range_then_fraction)
         {"the first of two binaries",             {{0, 1}, {0, 1}},        {0.1, 0.5},        0},
         {"a range of 1 elsewhere is no binary",   {{0, 0.5}, {1, 2}},      {0.3, 1.5},        0},
         {"the narrower range",                    {{0, 5}, {4, 7}},        {2.5, 4.1},        1},
-        {"the first of equal ranges",             {{2, 5}, {4, 7}},        {2.9, 4.5},        0},
         {"a finite range before an infinite one", {{0, NONE}, {-90, 90}},  {2.5, 1.1},        1},
         {"most fractional without finite ranges", {{0, NONE}, {-NONE, 9}}, {2.7, 1.4},        1},
-        {"equally far from above and below",      {{0, NONE}, {0, NONE}},  {2.75, 1.25},      0},
         {"within the tolerance is integral",      {{0, 3}, {0, NONE}},     {2 - 1e-9, 0.5},   1},
         {"at the tolerance is not",               {{0, 3}, {0, NONE}},     {1 + 1.5e-8, 0.5}, 0},
         {"the list says who comes first",         {{0, 1}, {0, 1}},        {0.5, 0.5},   1, {2, 1}},
         {"the list says who comes at all",        {{0, 1}, {0, 1}},        {1.0, 0.5},      2, {1}},
         {"a point outside is clamped first",      {{0, 1}, {0, 3}},        {1.5, 1.5},        1},
-        {"all integral",                          {{0, 1}, {0, 3}},        {1.0, 3.0},        2},
     };
     // clang-format on
     for (const auto& c : CASES) {
@@ -143,6 +137,13 @@ auto halving(Objective objective)
     };
 }
 
+// Halves of 1 and 1.2, quarters of 3 and 3.5, cells from 9 down to 3.5.
+double falling(double l, double u)
+{
+    if (u == l) return 9.0 - l;
+    return u - l == 3 ? (l == 0 ? 1.0 : 1.2) : u - l == 1 ? (l < 4 ? 3.0 : 3.5) : 0.0;
+}
+
 // The order of the ranges is found by hand.
 TEST(Branch, goes_through_the_tree_in_its_order)
 {
@@ -151,11 +152,6 @@ TEST(Branch, goes_through_the_tree_in_its_order)
         if (u - l == 3) return l == 0 ? 5.0 : 2.0;
         if (u - l == 1) return l < 4 ? 6.0 : l == 4 ? 3.0 : 2.5;
         return u == l ? (l == 6 ? 3.0 : 4.0) : 1.0;
-    };
-    // Halves of 1 and 1.2, quarters of 3 and 3.5, cells from 9 down to 3.5.
-    const Objective falling = [](double l, double u) {
-        if (u == l) return 9.0 - l;
-        return u - l == 3 ? (l == 0 ? 1.0 : 1.2) : u - l == 1 ? (l < 4 ? 3.0 : 3.5) : 0.0;
     };
     const Objective level = [](double, double) { return 4.0; };
     const Objective lower_child = [](double l, double u) { return u > l ? 4.0 : 3.0 + l; };
@@ -191,6 +187,22 @@ TEST(Branch, goes_through_the_tree_in_its_order)
         EXPECT_EQ(search.run.result, ENGINE_OPTIMAL);
         EXPECT_EQ(search.run.objective, c.best);
         for (const double value : {search.x[0], search.lb[0], search.ub[0]}) EXPECT_EQ(value, c.x);
+    }
+}
+
+TEST(Branch, stopped_at_any_node_keeps_the_best_cell_that_it_has_seen)
+{
+    for (std::int32_t limit = 0; limit < 14; ++limit) {
+        SCOPED_TRACE(limit);
+        Search search(range(0, 7), halving(falling));
+        search.run.control->nodelimit = limit;
+        EXPECT_EQ(search.go(), RESULT_STANDS);
+        EXPECT_EQ(search.run.control->stopcode, STOP_NODELIMIT);
+        EXPECT_EQ(search.solves, limit + 1);
+        double last = -1.0;
+        for (const Box& box : search.boxes)
+            if (box[0].first == box[0].second) last = std::max(last, box[0].first);
+        EXPECT_EQ(search.x, Reals{last < 0 ? 3.5 : last}) << "a cell's, or the root's";
     }
 }
 
@@ -259,77 +271,24 @@ TEST(Branch, an_engine_that_gives_up_decides_the_result)
 
 TEST(MipRun, goes_by_letters_and_bounds)
 {
-    const std::tuple<const char*, char, double, double, std::int32_t, double> CASES[] = {
-        {"integral relaxation",                 'I', 0,   9,   101, 3  },
-        {"no integer in range",                 'I', 0.3, 0.7, 103, 0  },
-        {"crossed bounds",                      'I', 2,   1,   103, 0  },
-        {"crossed bounds of a binary are none", 'B', 2,   1,   101, 1  },
-        {"all continuous",                      'C', 0,   9,   1,   3.5},
+    const std::tuple<const char*, char, double, double, bool, std::int32_t, double> CASES[] = {
+        {"integral relaxation",                 'I', 0,   9,   false, 101, 3  },
+        {"no integer in range",                 'I', 0.3, 0.7, false, 103, 0  },
+        {"crossed bounds of a binary are none", 'B', 2,   1,   false, 101, 1  },
+        {"all continuous",                      'C', 0,   9,   false, 1,   3.5},
+        {"relaxed",                             'I', 0,   9,   true,  1,   3.5},
     };
-    for (const auto& [name, letter, lower, upper, status, x] : CASES) {
-        // clang-format off
-        const IntegerModel model{{{{{2}, 'L', 7}}, {1}, {lower}, {upper}, -1}, {letter}};
-        // clang-format on
-        const Answer answer = solve_integers(LoadedIntegers(model).lp);
-        EXPECT_EQ(answer.status, status) << name;
-        EXPECT_TRUE(status == 103 || answer.x[0] == x) << name;
+    for (auto [name, letter, lower, upper, relaxed, status, x] : CASES) {
+        SCOPED_TRACE(name);
+        const LoadedModel loaded({{{{2}, 'L', 7}}, {1}, {lower}, {upper}, -1});
+        const Problem& problem = *loaded.lp;
+        EXPECT_EQ(loadctype(loaded.lp, &letter), 0);
+        setintparam(loaded.lp, PARAM_RELAXINT, relaxed);
+        EXPECT_EQ(mipoptimize(loaded.lp), 0);
+        EXPECT_EQ(problem.status, status);
+        EXPECT_TRUE(status == 103 || problem.x[0] == x) << problem.x[0];
+        EXPECT_EQ(problem.piout[0], 0.0) << "integer models have no duals";
     }
-}
-
-std::function<std::int32_t(Problem*)> on_node;
-std::int32_t TARNWICK_CALL call_on_node(Problem* lp, std::int32_t event)
-{
-    EXPECT_EQ(event, 101);
-    return on_node(lp);
-}
-
-// By the answer of the callback, and by the clock, which the iterations of the next solve see.
-TEST(MipRun, can_be_stopped_at_each_node_and_keeps_its_incumbent)
-{
-    // clang-format off
-    IntegerModel model{{{{{}, 'L', 40.5}, {{}, 'L', 55.5}}, {}, Reals(12, 0), Reals(12, 1), -1},
-                       std::string(12, 'B')};
-    // clang-format on
-    for (int j = 0; j < 12; ++j) {
-        model.rows[0].a.push_back(3 + (7 * j) % 11);
-        model.rows[1].a.push_back(2 + (5 * j) % 13);
-        model.obj.push_back(5 + (6 * j) % 7);
-    }
-    const LoadedIntegers loaded(model);
-    Problem* const lp = loaded.lp;
-    setdblparam(lp, PARAM_TIMELIMIT, 1.0);
-    setmipcallbackfunc(lp, call_on_node);
-    for (const std::int32_t stop : {STAT_MIP_NODELIM_FEAS, STAT_MIP_TIMELIM_FEAS}) {
-        std::int32_t status = 0, events = 0, last = 0, runs_with[] = {0, 0};
-        on_node = [&](Problem*) -> std::int32_t {
-            EXPECT_EQ(lp->nodes, ++events);
-            if (events < last) return 0;
-            if (stop == STAT_MIP_NODELIM_FEAS) return stop;
-            set_clock(90000);
-            return 0;
-        };
-        while (status != STAT_MIP_OPTIMAL && ++last < 500) {
-            SCOPED_TRACE(last);
-            events = 0;
-            set_clock(1000);
-            const Answer answer = solve_integers(lp);
-            status = answer.status;
-            if (status == STAT_MIP_OPTIMAL) {
-                expect_true(model, answer);
-                continue;
-            }
-            const bool has_solution = lp->intsolutions > 0;
-            ++runs_with[has_solution];
-            EXPECT_EQ(status, has_solution ? stop : stop + 1);
-            EXPECT_EQ(events, last);
-            if (!has_solution) continue;
-            expect_integer_solution(model, answer);
-            EXPECT_NEAR(answer.objval, lp->bestinteger, 1e-9);
-        }
-        EXPECT_EQ(status, STAT_MIP_OPTIMAL);
-        EXPECT_TRUE(runs_with[false] > 0 && runs_with[true] > 0);
-    }
-    release_clock();
 }
 
 }  // namespace
