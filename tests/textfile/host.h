@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <fstream>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,11 @@ class TextFile {
     TextFile& operator=(const TextFile&) = delete;
     ~TextFile() { unlink(path_.c_str()); }
     const char* path() const { return path_.c_str(); }
+    std::string content() const
+    {
+        std::ifstream in(path_, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), {}};
+    }
 
   private:
     std::string path_;
@@ -57,6 +63,12 @@ class Guarded {
     std::vector<T> cells_;
 };
 
+inline std::int32_t read_file(Problem* lp, const char* name, std::int32_t* matcnt = nullptr,
+                              std::int32_t* qmatcnt = nullptr)
+{
+    return lpread(lp, name, nullptr, nullptr, nullptr, nullptr, matcnt, qmatcnt);
+}
+
 // What a host learns by its first two calls.
 struct Counts {
     std::int32_t code = -1, objsen = 0, numcols = 0, numrows = 0, numctype = 0;
@@ -73,9 +85,7 @@ inline Counts count(const std::string& text)
 
     const auto n = static_cast<std::size_t>(c.numcols);
     Guarded<std::int32_t> matcnt(n, 55), qmatcnt(n, 55);
-    EXPECT_EQ(lpread(nullptr, file.path(), nullptr, nullptr, nullptr, nullptr, matcnt.data(),
-                     qmatcnt.data()),
-              0);
+    EXPECT_EQ(read_file(nullptr, file.path(), matcnt.data(), qmatcnt.data()), 0);
     EXPECT_TRUE(matcnt.is_intact() && qmatcnt.is_intact());
     c.matcnt = matcnt.values();
     c.qmatcnt = qmatcnt.values();
@@ -117,14 +127,6 @@ struct HostMatrix {
                 cells.at(static_cast<std::size_t>(k / (SIZE + 1) * SIZE + ind[k])) += val[k];
         }
         return cells;
-    }
-
-    // All values are 0, and no slot that a column owns names a row.
-    bool is_clear()
-    {
-        int named = 0;
-        for (int k = 0; layout == SPARSE && k < SLOTS; ++k) named += k % (SIZE + 1) && ind[k] != -1;
-        return full() == std::vector<double>(SIZE * SIZE, 0.0) && named == 0;
     }
 
     Layout layout;
