@@ -31,10 +31,8 @@ std::vector<BadFile> bad_files()
             {"no objective", "Minimize", ": error reading objective: Error reading input line (the file ends too early)"},
                 {"wrong bound, carriage returns", crlf, ":6: error reading beyond bound"},
         {"wrong quadratic term, two lines down", "Minimize\n obj: [ x1^2\n + x1*x2\n + x1 ]\n" + full, ":4: error reading quadratic objective"},
-        {"end is missing", bounds + " 0 <= x1 <= 4\n", ": error reading bound: Error reading input line (the file ends too early)"},
         {"longest line and one more", rows + long_row + BOUNDS + END, ":4: error reading input line (the line is longer than 249 characters)"},
         {"empty line", rows + " c1: x1 >= 1\n\nBounds\n" + END, ":5: missing constraint name (the line is empty)"},
-        {"variable beyond 32 bits", "Minimize\n obj: x99999999999\nSubject To\n" + bounds, ":2: error reading objective"},
         {"variable beyond the limit", "Minimize\n obj: x2001\nSubject To\nBounds\nEnd\n", ": too many variables: they go up to x2001, the limit is 2000"},
             {"row beyond the limit", rows + " c8193: x1 >= 1\n" + BOUNDS + END, ": too many rows: they go up to c8193, the limit is 8192"},
         {"no variables", "Minimize\nSubject To\nBounds\nEnd\n", ": the model has no variables"},
@@ -105,15 +103,10 @@ TEST(ModelFile, iis_lists_and_writes_what_contradicts)
             << run.out;
     }
     EXPECT_EQ(run_tool("solve -q " + subset).out.find("status     2 "), 0U);
-}
 
-TEST(ModelFile, bounds_that_cross_contradict_each_other)
-{
-    const Scratch scratch;
     const std::string crossed = std::string(ROWS) + BOUNDS + " 3 <= x1 <= 2\nEnd\n";
-    const std::string out = run_tool("iis -f csv " + scratch.write("model.txt", crossed)).out;
-    EXPECT_NE(out.find("subset_bounds,x1,lower,3\nsubset_bounds,x1,upper,2\n"), std::string::npos)
-        << out;
+    EXPECT_TRUE(run_tool("iis -f csv " + scratch.write("crossed.txt", crossed))
+                    .out.ends_with("subset_bounds,x1,lower,3\nsubset_bounds,x1,upper,2\n"));
 }
 
 TEST(ModelFile, rewriting_keeps_the_model_and_counts_what_it_rounds)
