@@ -95,8 +95,10 @@ TEST(Branch, chooses_the_variable_by_binaries_then_range_then_fraction)
         {"the first of two binaries",             {{0, 1}, {0, 1}},        {0.1, 0.5},        0},
         {"a range of 1 elsewhere is no binary",   {{0, 0.5}, {1, 2}},      {0.3, 1.5},        0},
         {"the narrower range",                    {{0, 5}, {4, 7}},        {2.5, 4.1},        1},
+        {"the first of equal ranges",             {{2, 5}, {4, 7}},        {2.9, 4.5},        0},
         {"a finite range before an infinite one", {{0, NONE}, {-90, 90}},  {2.5, 1.1},        1},
         {"most fractional without finite ranges", {{0, NONE}, {-NONE, 9}}, {2.7, 1.4},        1},
+        {"equally far from above and below",      {{0, NONE}, {0, NONE}},  {2.75, 1.25},      0},
         {"within the tolerance is integral",      {{0, 3}, {0, NONE}},     {2 - 1e-9, 0.5},   1},
         {"at the tolerance is not",               {{0, 3}, {0, NONE}},     {1 + 1.5e-8, 0.5}, 0},
         {"the list says who comes first",         {{0, 1}, {0, 1}},        {0.5, 0.5},   1, {2, 1}},
@@ -203,6 +205,7 @@ TEST(Branch, stopped_at_any_node_keeps_the_best_cell_that_it_has_seen)
         for (const Box& box : search.boxes)
             if (box[0].first == box[0].second) last = std::max(last, box[0].first);
         EXPECT_EQ(search.x, Reals{last < 0 ? 3.5 : last}) << "a cell's, or the root's";
+        EXPECT_EQ(search.run.objective, last < 0 ? 0.0 : std::max(9.0 - last, 3.5));
     }
 }
 

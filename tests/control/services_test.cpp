@@ -49,12 +49,15 @@ TEST(Progress, counts_and_decides_by_the_event_word)
         {"poll",                       32,  9,  2, 2, 0,   same},
         {"final evaluation",           64,  9,  0, 2, 0,   same},
         {"final evaluation done",      128, 9,  2, 2, 0,   same},
+        {"unknown event",              1,   9,  0, 2, 0,   same},
         {"iteration",                  36,  40, 0, 0, 1,   {8.5, 0, 0, 40, 5, 100, 0, 0}},
         {"iteration beyond the limit", 36,  41, 1, 1, 0,   {8.5, 0, 0, 41, 5, 100, 0, 0}},
         {"infeasible iteration",       292, 7,  0, 0, 1,   {8.5, 8.5, 0, 7, 5, 100, 0, 0}},
         {"reduced gradient",           21,  7,  0, 0, 1,   {8.5, 0, 0, 7, 5, 100, 0, 0}},
         {"node",                       8,   3,  0, 0, 101, {0, 0, 0, 0, 6, 130, 3, 0}},
         {"node beyond the solutions",  168, 4,  5, 5, 0,   {0, 0, 8.5, 0, 6, 130, 4, 0}},
+        {"node before iteration",      12,  3,  0, 0, 101, {0, 0, 0, 0, 6, 130, 3, 0}},
+        {"elastic mode",               512, 2,  0, 0, 0,   {0, 0, 0, 30, 5, 100, 0, 2}},
         {"elastic step",               512, 3,  0, 0, 0,   {0, 0, 0, 0, 5, 130, 0, 3}},
     };
     // clang-format on
@@ -160,7 +163,8 @@ TEST(Callbacks, stop_a_run_by_their_answer)
 {
     // clang-format off
     const std::tuple<std::int32_t, std::int32_t, std::int32_t> CASES[] = {
-        {5, 5, 6}, {7, 7, 8}, {107, 7, 8}, {105, 105, 106}, {104, 104, 104}, {1, 12, 13}, {-1, 12, 13}, {6, 12, 13},
+        {5, 5, 6}, {7, 7, 8}, {107, 7, 8}, {105, 105, 106}, {104, 104, 104}, {1, 12, 13},
+        {-1, 12, 13}, {6, 12, 13}, {8, 12, 13}, {106, 12, 13}, {108, 12, 13},
     };
     // clang-format on
     for (const auto& [answer, feasible, infeasible] : CASES)

@@ -87,6 +87,8 @@ TEST(Linearity, tells_slopes_letters_and_verdict)
         {"constants are linear", linear, {3, -1}, {2, 0}, "LLLL", 0},
         {"a slope seen at 1000 only", [](double x, double y) { return V(x / 65536 + y, 7); },
          {1.0 / 65536, 1}, {0, 0}, "LLLL", 0},
+        {"the objective is noticed, too", [](double x, double y) { return V(y, x / 64); },
+         {0, 1}, {1.0 / 64, 0}, "LLLL", 0},
         {"a square in the objective", [](double x, double y) { return V(x + y, x * x + y); },
          {1, 1}, {1, 1}, "LLNL", 1},
         {"a square in the row", [](double x, double y) { return V(y * y, x + y); },

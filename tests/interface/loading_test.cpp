@@ -18,8 +18,8 @@ template <class Call>
 struct Refused {
     const char* what;
     void (*spoil)(Call&);
-    std::int32_t code;
     const char* text;  // null: the code alone tells; a leading space: it goes on from `what`
+    std::int32_t code = 1;
 };
 
 constexpr char ABSENT[] = " is not a valid array", NOT_OLE[] = " is not a valid OLE array";
@@ -144,87 +144,80 @@ void mark_dense(L& c, std::size_t values)
 
 // clang-format off
 constexpr Refused<L> LP_REFUSALS[] = {
-    {"no column",         set<&L::numcols, 0>,            1, NO_SIZE},
-    {"2001 columns",      set<&L::numcols, 2001>,         1, TOO_LARGE},
-    {"8193 rows",         set<&L::numrows, 8193>,         1, TOO_LARGE},
-    {"objsen 0",          set<&L::objsen, 0>,             1, OBJSEN},
-    {"obj or rhs",        drop<&L::obj>,    1, ABSENT},  {"obj or rhs", drop<&L::rhs>,  1, ABSENT},
-    {"sense",             drop<&L::sense>,  1, ABSENT},  {"matval",    drop<&L::matval>, 1, ABSENT},
-    {"lb or ub",          drop<&L::lb>,     1, ABSENT},  {"lb or ub",  drop<&L::ub>,     1, ABSENT},
-    {"an R row",          [](L& c) { c.sense[2] = 'R'; }, 1, SENSE},
-    {"no matbeg",         drop<&L::matbeg>, 1, INDICES},
-    {"no matcnt",         drop<&L::matcnt>, 1, INDICES},
-    {"no matind",         drop<&L::matind>, 1, INDICES},
-    {"matbeg -1",         [](L& c) { c.matbeg[0] = -1; }, 1, BEG},
-    {"more than numrows", [](L& c) { c.matcnt[0] = 5; },  1, CNT},
-    {"row -1",            [](L& c) { c.matind[0] = -1; }, 1, IND},
-    {"overlap",           [](L& c) { c.matbeg[1] = 1; },  1, BEG},
-    {"count -1",          [](L& c) { c.matcnt[1] = -1; }, 1, CNT},
-    {"beyond matnz",      [](L& c) { c.matcnt[1] = 3; },  1, CNT},
-    {"row numrows + 1",   [](L& c) { c.matind[3] = 5; },  1, IND},
+    {"no column",         set<&L::numcols, 0>,            NO_SIZE},
+    {"2001 columns",      set<&L::numcols, 2001>,         TOO_LARGE},
+    {"8193 rows",         set<&L::numrows, 8193>,         TOO_LARGE},
+    {"objsen 0",          set<&L::objsen, 0>,             OBJSEN},
+    {"obj or rhs", drop<&L::obj>, ABSENT}, {"obj or rhs", drop<&L::rhs>,    ABSENT},
+    {"sense",    drop<&L::sense>, ABSENT}, {"matval",     drop<&L::matval>, ABSENT},
+    {"lb or ub", drop<&L::lb>,    ABSENT}, {"lb or ub",   drop<&L::ub>,     ABSENT},
+    {"an R row",          [](L& c) { c.sense[2] = 'R'; }, SENSE},
+    {"no matbeg", drop<&L::matbeg>, INDICES}, {"no matcnt", drop<&L::matcnt>, INDICES},
+    {"no matind", drop<&L::matind>, INDICES},
+    {"matbeg -1",         [](L& c) { c.matbeg[0] = -1; }, BEG},
+    {"more than numrows", [](L& c) { c.matcnt[0] = 5; },  CNT},
+    {"row -1",            [](L& c) { c.matind[0] = -1; }, IND},
+    {"overlap",           [](L& c) { c.matbeg[1] = 1; },  BEG},
+    {"count -1",          [](L& c) { c.matcnt[1] = -1; }, CNT},
+    {"beyond matnz",      [](L& c) { c.matcnt[1] = 3; },  CNT},
+    {"row numrows + 1",   [](L& c) { c.matind[3] = 5; },  IND},
 };
 constexpr Refused<L> OTHER_LP_REFUSALS[] = {
-    {"no row",                         set<&L::numrows, 0>,     1, NO_SIZE},
-    {"start beyond numcols * numrows", [](L& c) { c.matbeg[1] = 9; c.matnz = 100; }, 1, BEG},
-    {"two marks of a dense matrix",    [](L& c) { c.matbeg[0] = c.matcnt[0] = -1; }, 1, BEG},
+    {"no row",                         set<&L::numrows, 0>, NO_SIZE},
+    {"start beyond numcols * numrows", [](L& c) { c.matbeg[1] = 9; c.matnz = 100; }, BEG},
+    {"two marks of a dense matrix",    [](L& c) { c.matbeg[0] = c.matcnt[0] = -1; }, BEG},
 };
 constexpr Refused<OL> OLE_LP_REFUSALS[] = {
-    {"obj or rhs", drop<&L::obj>,  1, ABSENT},
-    {"obj",    cut<&L::obj>,    1, NOT_OLE}, {"rhs",    cut<&L::rhs>,    1, NOT_OLE},
-    {"sense",  cut<&L::sense>,  1, NOT_OLE}, {"matbeg", cut<&L::matbeg>, 1, NOT_OLE},
-    {"matcnt", cut<&L::matcnt>, 1, NOT_OLE}, {"matind", cut<&L::matind>, 1, NOT_OLE},
-    {"matval", cut<&L::matval>, 1, NOT_OLE}, {"lb",     cut<&L::lb>,     1, NOT_OLE},
-    {"ub",     cut<&L::ub>,     1, NOT_OLE},
+    {"obj or rhs", drop<&L::obj>, ABSENT},
+    {"obj",    cut<&L::obj>,    NOT_OLE}, {"rhs",    cut<&L::rhs>,    NOT_OLE}, {"sense",  cut<&L::sense>,  NOT_OLE},
+    {"matbeg", cut<&L::matbeg>, NOT_OLE}, {"matcnt", cut<&L::matcnt>, NOT_OLE}, {"matind", cut<&L::matind>, NOT_OLE},
+    {"matval", cut<&L::matval>, NOT_OLE}, {"lb",     cut<&L::lb>,     NOT_OLE}, {"ub",     cut<&L::ub>,     NOT_OLE},
 };
 // Views that succeed although the array can't serve, and views that fail for another reason.
 constexpr Refused<OL> OLE_LP_VIEWS[] = {
-    {"obj or rhs", fill<&L::obj, -1>,    1, ABSENT}, {"sense",    fill<&L::sense, 0>, 1, ABSENT},
-    {"matval",     fill<&L::matval, -1>, 1, ABSENT}, {"lb or ub", fill<&L::ub, -1>,   1, ABSENT},
-    {"matbeg placeholder",       fill<&L::matbeg, -1>,                          1, BEG},
-    {"matind placeholder",       fill<&L::matind, -1>,                          1, INDICES},
-    {"a plain -1 for matind",    [](OL& c) { c.matind.replace(&minus_one); },   1, INDICES},
-    {"matval",                   [](OL& c) { mark_dense(c, 7); },               1, ABSENT},
-    {"matval",                   [](OL& c) { mark_dense(c, 1); c.matnz = 1; },  1, ABSENT},
-    {"obj",                      [](OL& c) { c.obj.header.dimensions = 2; },    1, NOT_OLE},
-    {"obj",                      [](OL& c) { c.obj.header.elementsize = 4; },   1, NOT_OLE},
-    {"obj",                      [](OL& c) { c.obj.header.bound.lowerbound = 1; }, 1, NOT_OLE},
-    {"obj",                      [](OL& c) { c.obj.pointer = nullptr; },        1, NOT_OLE},
+    {"obj or rhs", fill<&L::obj, -1>,    ABSENT}, {"sense",    fill<&L::sense, 0>, ABSENT},
+    {"matval",     fill<&L::matval, -1>, ABSENT}, {"lb or ub", fill<&L::ub, -1>,   ABSENT},
+    {"matbeg placeholder",    fill<&L::matbeg, -1>,                           BEG},
+    {"matind placeholder",    fill<&L::matind, -1>,                           INDICES},
+    {"a plain -1 for matind", [](OL& c) { c.matind.replace(&minus_one); },    INDICES},
+    {"matval",                [](OL& c) { mark_dense(c, 7); },                ABSENT},
+    {"matval",                [](OL& c) { mark_dense(c, 1); c.matnz = 1; },   ABSENT},
+    {"obj",                   [](OL& c) { c.obj.header.dimensions = 2; },     NOT_OLE},
+    {"obj",                   [](OL& c) { c.obj.header.elementsize = 4; },    NOT_OLE},
+    {"obj",                   [](OL& c) { c.obj.header.bound.lowerbound = 1; }, NOT_OLE},
+    {"obj",                   [](OL& c) { c.obj.pointer = nullptr; },         NOT_OLE},
 };
 constexpr Refused<Q> QUAD_REFUSALS[] = {
-    {"qmatval",             drop<&Q::qmatval>,                5, ABSENT},
-    {"var",                 drop<&Q::var>,                    7, ABSENT},
-    {"smooth model",        [](Q& c) { c.lp->problemtype = PROB_NLP; }, 1, NO_QUAD},
-    {"no qmatbeg",          drop<&Q::qmatbeg>,                1, nullptr},
-    {"start -1",            [](Q& c) { c.qmatbeg[0] = -1; },  2, Q_BEG},
-    {"count above numcols", [](Q& c) { c.qmatcnt[0] = 3; },   3, "qmatcnt element is invalid"},
-    {"row -1",              [](Q& c) { c.qmatind[0] = -1; },  4, "qmatind element is invalid"},
+    {"qmatval",             drop<&Q::qmatval>,                ABSENT, 5},
+    {"var",                 drop<&Q::var>,                    ABSENT, 7},
+    {"smooth model",        [](Q& c) { c.lp->problemtype = PROB_NLP; }, NO_QUAD},
+    {"no qmatbeg",          drop<&Q::qmatbeg>,                nullptr},
+    {"start -1",            [](Q& c) { c.qmatbeg[0] = -1; },  Q_BEG, 2},
+    {"count above numcols", [](Q& c) { c.qmatcnt[0] = 3; },   "qmatcnt element is invalid", 3},
+    {"row -1",              [](Q& c) { c.qmatind[0] = -1; },  "qmatind element is invalid", 4},
 };
 constexpr Refused<Ole<Q>> OLE_QUAD_REFUSALS[] = {
-    {"qmatbeg", cut<&Q::qmatbeg>,      2, NOT_OLE}, {"qmatcnt", cut<&Q::qmatcnt>, 3, NOT_OLE},
-    {"qmatind", cut<&Q::qmatind>,      4, NOT_OLE}, {"qmatval", cut<&Q::qmatval>, 5, NOT_OLE},
-    {"var",     cut<&Q::var>,          7, NOT_OLE},
-    {"qmatval", fill<&Q::qmatval, -1>, 5, ABSENT},  {"var", fill<&Q::var, -1>,    7, ABSENT},
-    {"a placeholder", fill<&Q::qmatind, -1>, 1, nullptr},
+    {"qmatbeg", cut<&Q::qmatbeg>,      NOT_OLE, 2}, {"qmatcnt", cut<&Q::qmatcnt>, NOT_OLE, 3},
+    {"qmatind", cut<&Q::qmatind>,      NOT_OLE, 4}, {"qmatval", cut<&Q::qmatval>, NOT_OLE, 5},
+    {"var",     cut<&Q::var>,          NOT_OLE, 7},
+    {"qmatval", fill<&Q::qmatval, -1>, ABSENT,  5}, {"var",     fill<&Q::var, -1>, ABSENT, 7},
+    {"a placeholder", fill<&Q::qmatind, -1>, nullptr},
 };
 constexpr Refused<N> NLP_REFUSALS[] = {
-    {"no column",   set<&N::numcols, 0>,   1, "numcols <= 0"},
-    {"rows -1",     set<&N::numrows, -1>,  1, "numrows < 0"},
-    {"401 columns", set<&N::numcols, 401>, 1, TOO_LARGE},
-    {"201 rows",    set<&N::numrows, 201>, 1, TOO_LARGE},
-    {"objsen 0",    set<&N::objsen, 0>, 1, OBJSEN}, {"obj",      drop<&N::obj>,    1, ABSENT},
-    {"rhs",         drop<&N::rhs>,      1, ABSENT}, {"sense",    drop<&N::sense>,  1, ABSENT},
-    {"matval",      drop<&N::matval>,   1, ABSENT}, {"var",      drop<&N::var>,    1, ABSENT},
-    {"lb or ub",    drop<&N::lb>,       1, ABSENT}, {"lb or ub", drop<&N::ub>,     1, ABSENT},
-    {"no funceval", set<&N::funceval, nullptr>,     1, "funceval is not a valid callback"},
-    {"an N row",    [](N& c) { c.sense[3] = 'N'; }, 1, SENSE},
-    {"no matbeg",   drop<&N::matbeg>,               1, INDICES},
+    {"no column",   set<&N::numcols, 0>,   "numcols <= 0"},
+    {"rows -1",     set<&N::numrows, -1>,  "numrows < 0"},
+    {"401 columns", set<&N::numcols, 401>, TOO_LARGE}, {"201 rows", set<&N::numrows, 201>, TOO_LARGE},
+    {"objsen 0",    set<&N::objsen, 0>, OBJSEN}, {"obj",   drop<&N::obj>,   ABSENT}, {"rhs", drop<&N::rhs>, ABSENT},
+    {"sense",       drop<&N::sense>,    ABSENT}, {"matval", drop<&N::matval>, ABSENT}, {"var", drop<&N::var>, ABSENT},
+    {"lb or ub",    drop<&N::lb>,       ABSENT}, {"lb or ub", drop<&N::ub>,  ABSENT},
+    {"no funceval", set<&N::funceval, nullptr>,     "funceval is not a valid callback"},
+    {"an N row",    [](N& c) { c.sense[3] = 'N'; }, SENSE},
+    {"no matbeg",   drop<&N::matbeg>,               INDICES},
 };
 constexpr Refused<Ole<N>> OLE_NLP_REFUSALS[] = {
-    {"obj",    cut<&N::obj>,    1, NOT_OLE}, {"rhs",    cut<&N::rhs>,    1, NOT_OLE},
-    {"sense",  cut<&N::sense>,  1, NOT_OLE}, {"matbeg", cut<&N::matbeg>, 1, NOT_OLE},
-    {"matval", cut<&N::matval>, 1, NOT_OLE}, {"var",    cut<&N::var>,    1, NOT_OLE},
-    {"lb",     cut<&N::lb>,     1, NOT_OLE}, {"ub",     cut<&N::ub>,     1, NOT_OLE},
-    {"var",    fill<&N::var, -1>, 1, ABSENT},
+    {"obj",    cut<&N::obj>,    NOT_OLE}, {"rhs", cut<&N::rhs>, NOT_OLE}, {"sense", cut<&N::sense>, NOT_OLE},
+    {"matbeg", cut<&N::matbeg>, NOT_OLE}, {"matval", cut<&N::matval>, NOT_OLE}, {"var", cut<&N::var>, NOT_OLE},
+    {"lb",     cut<&N::lb>,     NOT_OLE}, {"ub",  cut<&N::ub>,  NOT_OLE}, {"var",   fill<&N::var, -1>, ABSENT},
 };
 // clang-format on
 
@@ -335,11 +328,14 @@ TEST(LoadQuad, replaces_an_earlier_q_unless_it_is_refused)
 
 TEST(Loading, moves_the_type_up)
 {
+    // clang-format off
     const std::tuple<std::int32_t, std::int32_t, std::int32_t> MOVES[] = {
-        {PROB_MILP, PROB_MIQP, PROB_MILP },
-        {PROB_QP,   PROB_QP,   PROB_MIQP },
-        {PROB_NSP,  PROB_NSP,  PROB_MINSP},
+        {PROB_LP,  PROB_QP,  PROB_MILP },  {PROB_MILP,  PROB_MIQP,  PROB_MILP },
+        {PROB_QP,  PROB_QP,  PROB_MIQP },  {PROB_MIQP,  PROB_MIQP,  PROB_MIQP },
+        {PROB_NLP, PROB_NLP, PROB_MINLP},  {PROB_MINLP, PROB_MINLP, PROB_MINLP},
+        {PROB_NSP, PROB_NSP, PROB_MINSP},  {PROB_MINSP, PROB_MINSP, PROB_MINSP},
     };
+    // clang-format on
     for (const auto& [from, after_quad, after_ctype] : MOVES) {
         QuadCall quad, letters;
         quad.lp->problemtype = letters.lp->problemtype = from;
@@ -380,6 +376,7 @@ TEST(LoadNlType, moves_the_type_of_a_model_with_parts_that_are_not_smooth)
         {PROB_NLP,   nullptr, "LLLLL", PROB_NSP  },
         {PROB_NLP,   "LL",    nullptr, PROB_NSP  },
         {PROB_LP,    nullptr, nullptr, PROB_LP   },
+        {PROB_MILP,  "Lx",    "LLLLL", PROB_MILP },
         {PROB_MIQP,  "xx",    "xxxxx", PROB_MIQP },
     };
     const MessageLog log;
@@ -390,7 +387,7 @@ TEST(LoadNlType, moves_the_type_of_a_model_with_parts_that_are_not_smooth)
         const std::int32_t code =
             loadnltype(model.lp, const_cast<char*>(objtype), const_cast<char*>(matvaltype));
         EXPECT_EQ(model.lp->problemtype, to);
-        if (from == PROB_LP)
+        if (from == PROB_LP || from == PROB_MILP)
             expect_told(code, 1, "loadnltype", "loadnltype cannot be used with loadlp");
         else
             EXPECT_EQ(code, 0);

@@ -182,6 +182,14 @@ inline std::string with_rows(const std::string& s) { return "Minimize\nSubject T
 inline std::string with_bounds(const std::string& s) { return "Minimize\nSubject To\nBounds\n" + s + "\nEnd\n"; }
 // clang-format on
 
+// As it stands on disk: a line feed is a pair there.
+inline std::string on_disk(std::string text)
+{
+    for (std::size_t at = 0; (at = text.find('\n', at)) != std::string::npos; at += 2)
+        text.replace(at, 1, "\r\n");
+    return text;
+}
+
 // What the message box has been shown since the last call; the MessageLog records it.
 inline std::string told()
 {

@@ -102,6 +102,7 @@ const struct {
     {"range",                     ROWS,      "c1: 1 <= x1 + x2 <= 4",         {'L', 'E', 'E', 0, 0, 0, 0, 0, 0}},
     {"no sense, next row",        ROWS,      "c1:  x1 + x3\nc2: x1 <= 5",     {'E', 'L', 'E', 0, 5, 0, 1, 0, 1}},
     {"x0 ends the terms",         ROWS,      "c1: x1 + x0 <= 5",              {'E', 'E', 'E', 0, 0, 0, 1, 0, 0}},
+    {"spaces and lines",          FORM,      "[\n   \n x1 ^ 2\n ]",           {1, 0, 0, 0, 0, 0, 0, 0, 0}},
     {"zero coefficient",          ROWS,      "c1: 0 x1 - 0.0 x99 + x2 <= 4",  {'L', 'E', 'E', 4, 0, 0, 0, 1, 0}},
     {"repeated place",            ROWS,      "c1: 2 x1 + 3 x1 <= 4",          {'L', 'E', 'E', 4, 0, 0, 5, 0, 0}},
     {"a full column drops the rest", MATRIX, "c1: x2 + 2 x2\nc2: 4 x2\nc3: 8 x2 + 16 x3", {0, 0, 0, 3, 4, 0, 0, 0, 16}},

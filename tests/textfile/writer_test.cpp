@@ -43,17 +43,6 @@ std::string written(Problem* lp, std::int32_t TARNWICK_CALL write(Problem*, cons
     return file.content();
 }
 
-// As it looks in memory; each line feed must have been a pair on disk.
-std::string without_returns(const std::string& text)
-{
-    std::string lines;
-    for (std::size_t k = 0; k < text.size(); ++k) {
-        if (text[k] != '\r') lines += text[k];
-        EXPECT_EQ(text[k] == '\r', k + 1 < text.size() && text[k + 1] == '\n') << "at " << k;
-    }
-    return lines;
-}
-
 TEST(Writer, a_whole_model_is_written_byte_for_byte)
 {
     for (const Layout matrix : {DENSE, SPARSE})
@@ -62,13 +51,13 @@ TEST(Writer, a_whole_model_is_written_byte_for_byte)
             ASSERT_EQ(host.read(WHOLE), 0);
             host.ctype[2] = 'B';
             const std::string text =
-                "Minimize QP/MIP\n  obj: 2.5 x1 - x3\n"
-                "       + [ 4.0 x1^2 + x1*x2\n       + 3.0 x2^2\n       ]\nSubject To\n"
-                "  c1:  x1 + 2.0 x2 >= 1.0\n  c2:   = 0.0\n  c3:   - x2 + 0.5 x3 <= 10.0\n"
-                "Bounds\n  0.0 <= x1 <= +infinity\n  -infinity <= x2 <= 4.0\n"
-                "  0.0 <= x3 <= 1.0\nIntegers\n  x2\n  x3\nEnd\n";
-            EXPECT_EQ(without_returns(written(host.lp)), text);
-            EXPECT_EQ(without_returns(written(host.lp, lprewrite)), text);
+                on_disk("Minimize QP/MIP\n  obj: 2.5 x1 - x3\n"
+                        "       + [ 4.0 x1^2 + x1*x2\n       + 3.0 x2^2\n       ]\nSubject To\n"
+                        "  c1:  x1 + 2.0 x2 >= 1.0\n  c2:   = 0.0\n  c3:   - x2 + 0.5 x3 <= 10.0\n"
+                        "Bounds\n  0.0 <= x1 <= +infinity\n  -infinity <= x2 <= 4.0\n"
+                        "  0.0 <= x3 <= 1.0\nIntegers\n  x2\n  x3\nEnd\n");
+            EXPECT_EQ(written(host.lp), text);
+            EXPECT_EQ(written(host.lp, lprewrite), text);
         }
 }
 
@@ -80,9 +69,10 @@ const LinearModel PAIR{{{{1, 2}, 'L', 4}}, {1, 1}};
 
 TEST(Writer, signs_units_and_empty_parts)
 {
-    EXPECT_EQ(without_returns(written(LoadedModel(SIGNS).lp)),
-              "Maximize LP\nSubject To\n  c1:   - x1 + 1.0 x2 <= 4.0\n  c2:   >= -2.0\nBounds\n"
-              "  0.0 <= x1 <= +infinity\n  0.0 <= x2 <= 1.0\nEnd\n");
+    EXPECT_EQ(
+        written(LoadedModel(SIGNS).lp),
+        on_disk("Maximize LP\nSubject To\n  c1:   - x1 + 1.0 x2 <= 4.0\n  c2:   >= -2.0\nBounds\n"
+                "  0.0 <= x1 <= +infinity\n  0.0 <= x2 <= 1.0\nEnd\n"));
 }
 
 TEST(Writer, a_range_has_two_limits_in_one_line)
@@ -91,10 +81,10 @@ TEST(Writer, a_range_has_two_limits_in_one_line)
     double widths[] = {3.0, -3.0, 0.0};
     model.lp->rowrange = widths;
     for (char& sense : model.sense) sense = 'R';
-    EXPECT_EQ(without_returns(written(model.lp)),
-              "Minimize LP\n  obj: x1\nSubject To\n  c1:  4.0 <= 2.0 x1 <= 7.0\n"
-              "  c2:  1.0 <= 2.0 x1 <= 4.0\n  c3:  4.0 <= 2.0 x1 <= 4.0\nBounds\n"
-              "  0.0 <= x1 <= +infinity\nEnd\n");
+    EXPECT_EQ(written(model.lp),
+              on_disk("Minimize LP\n  obj: x1\nSubject To\n  c1:  4.0 <= 2.0 x1 <= 7.0\n"
+                      "  c2:  1.0 <= 2.0 x1 <= 4.0\n  c3:  4.0 <= 2.0 x1 <= 4.0\nBounds\n"
+                      "  0.0 <= x1 <= +infinity\nEnd\n"));
 }
 
 // Long numbers and many terms: every line must fit the reader, and all comes back.

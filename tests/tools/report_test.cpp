@@ -3,7 +3,6 @@
 #include <cmath>
 #include <map>
 #include <regex>
-#include <sstream>
 
 #include "tests/tools/toolrun.h"
 
@@ -16,17 +15,11 @@ using Fields = std::map<std::string, std::map<std::string, double>>;
 
 Fields numbers_of(const std::string& csv)
 {
+    static const std::regex RECORD("([^,\n]*),([^,\n]*),([^,\n]*),([^\n]*)");
     Fields fields;
-    std::istringstream in(csv);
-    for (std::string line; std::getline(in, line);) {
-        std::istringstream record(line);
-        std::string section, name, field, value;
-        std::getline(record, section, ',');
-        std::getline(record, name, ',');
-        std::getline(record, field, ',');
-        std::getline(record, value);
-        fields[section + '.' + field][name] = std::strtod(value.c_str(), nullptr);
-    }
+    for (std::sregex_iterator it(csv.begin(), csv.end(), RECORD), end; it != end; ++it)
+        fields[it->str(1) + '.' + it->str(3)][it->str(2)] =
+            std::strtod(it->str(4).c_str(), nullptr);
     return fields;
 }
 

@@ -15,18 +15,16 @@ namespace {
 std::string slow_model()
 {
     constexpr std::int64_t COLUMNS = 2000, ROWS = 8000;
-    std::ostringstream out;
-    out << "Minimize\n";
-    for (std::int64_t j = 0; j < COLUMNS; ++j)
-        out << " + " << 1 + j * 7919 % 101 << " x" << j + 1 << '\n';
-    out << "Subject To\n";
+    std::ostringstream objective, rows, bounds;
+    for (std::int64_t j = 0; j < COLUMNS; ++j) {
+        objective << " + " << 1 + j * 7919 % 101 << " x" << j + 1 << '\n';
+        bounds << " 0 <= x" << j + 1 << " <= 1000\n";
+    }
     for (std::int64_t i = 1; i <= ROWS; ++i)
-        out << " c" << i << ": x" << 1 + i * 7 % COLUMNS << " + x" << 1 + i * i * 13 % COLUMNS
-            << " + x" << 1 + i * i * i % COLUMNS * 17 % COLUMNS << " >= " << 1 + i % 5 << '\n';
-    out << "Bounds\n";
-    for (std::int64_t j = 0; j < COLUMNS; ++j) out << " 0 <= x" << j + 1 << " <= 1000\n";
-    out << "End\n";
-    return out.str();
+        rows << " c" << i << ": x" << 1 + i * 7 % COLUMNS << " + x" << 1 + i * i * 13 % COLUMNS
+             << " + x" << 1 + i * i * i % COLUMNS * 17 % COLUMNS << " >= " << 1 + i % 5 << '\n';
+    return "Minimize\n" + objective.str() + "Subject To\n" + rows.str() + "Bounds\n" +
+           bounds.str() + "End\n";
 }
 
 // Runs the tool on a terminal and interrupts it when the first line of progress has come. Both
