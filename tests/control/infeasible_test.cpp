@@ -18,7 +18,7 @@ using Indices = std::vector<std::int32_t>;
 using Lists = std::vector<Indices>;
 
 struct Subset {
-    std::int32_t code = -1, status = 0;
+    std::int32_t status = 0;
     Indices rows, rowstand, columns, colstand;
 
     Lists lists() const { return {rows, rowstand, columns, colstand}; }
@@ -32,9 +32,9 @@ Subset find(Problem* lp, std::int32_t method = 0)
     const auto m = static_cast<std::size_t>(rows), n = static_cast<std::size_t>(columns);
     Subset s{
         .rows = Indices(m), .rowstand = Indices(m), .columns = Indices(n), .colstand = Indices(n)};
-    s.code = getiis(lp, &s.status, s.rows.data(), s.rowstand.data(), &numrows, s.columns.data(),
-                    s.colstand.data(), &numcols);
-    EXPECT_TRUE(s.code != 0 || (numrows == rows && numcols == columns));
+    const std::int32_t code = getiis(lp, &s.status, s.rows.data(), s.rowstand.data(), &numrows,
+                                     s.columns.data(), s.colstand.data(), &numcols);
+    EXPECT_TRUE(code != 0 || (numrows == rows && numcols == columns));
     return s;
 }
 

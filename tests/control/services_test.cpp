@@ -20,45 +20,38 @@ std::int32_t TARNWICK_CALL call_on_event(Problem* lp, std::int32_t event)
 
 // ---- reports
 
-// What a report leaves: objective, infeasibility, best integer objective; iterations, nodes,
-// iterations of the finished subproblems; integer solutions, elastic mode.
-Reals counters_of(const Problem& p)
-{
-    const std::int32_t wholes[] = {p.iterations, p.nodes, p.totaliterations, p.intsolutions,
-                                   p.control.elasticmode};
-    Reals all{p.currentobj, p.infeasibility, p.bestinteger};
-    all.insert(all.end(), std::begin(wholes), std::end(wholes));
-    return all;
-}
-
 // The value is 8.5; 30 iterations, 5 nodes of 6, 100 iterations before; limits: 40 iterations, 3
 // solutions; a stop of the user's is pending.
 TEST(Progress, counts_and_decides_by_the_event_word)
 {
-    const Reals same{0, 0, 0, 30, 5, 100, 0, 0};
+    using Counts = std::vector<std::int32_t>;
+    const Reals none{0, 0, 0};
+    const Counts same{30, 5, 100, 0};
     // clang-format off
     const struct {
         const char* name;
         std::int32_t event, count;
         std::int32_t want, remembered;  // the stop code that is returned and the one that stays
         std::int32_t callback;
-        Reals counters;
+        Reals objectives;  // as the report leaves them: current, infeasibility, best integer
+        Counts counters;   // iterations, nodes, iterations of finished subproblems, solutions
+        std::int32_t elasticmode = 0;
     } CASES[] = {
-        {"reads the stop code",        0,   9,  2, 2, 0,   same},
-        {"set-up work",                2,   9,  0, 2, 0,   same},
-        {"poll",                       32,  9,  2, 2, 0,   same},
-        {"final evaluation",           64,  9,  0, 2, 0,   same},
-        {"final evaluation done",      128, 9,  2, 2, 0,   same},
-        {"unknown event",              1,   9,  0, 2, 0,   same},
-        {"iteration",                  36,  40, 0, 0, 1,   {8.5, 0, 0, 40, 5, 100, 0, 0}},
-        {"iteration beyond the limit", 36,  41, 1, 1, 0,   {8.5, 0, 0, 41, 5, 100, 0, 0}},
-        {"infeasible iteration",       292, 7,  0, 0, 1,   {8.5, 8.5, 0, 7, 5, 100, 0, 0}},
-        {"reduced gradient",           21,  7,  0, 0, 1,   {8.5, 0, 0, 7, 5, 100, 0, 0}},
-        {"node",                       8,   3,  0, 0, 101, {0, 0, 0, 0, 6, 130, 3, 0}},
-        {"node beyond the solutions",  168, 4,  5, 5, 0,   {0, 0, 8.5, 0, 6, 130, 4, 0}},
-        {"node before iteration",      12,  3,  0, 0, 101, {0, 0, 0, 0, 6, 130, 3, 0}},
-        {"elastic mode",               512, 2,  0, 0, 0,   {0, 0, 0, 30, 5, 100, 0, 2}},
-        {"elastic step",               512, 3,  0, 0, 0,   {0, 0, 0, 0, 5, 130, 0, 3}},
+        {"reads the stop code",        0,   9,  2, 2, 0,   none,          same},
+        {"set-up work",                2,   9,  0, 2, 0,   none,          same},
+        {"poll",                       32,  9,  2, 2, 0,   none,          same},
+        {"final evaluation",           64,  9,  0, 2, 0,   none,          same},
+        {"final evaluation done",      128, 9,  2, 2, 0,   none,          same},
+        {"unknown event",              1,   9,  0, 2, 0,   none,          same},
+        {"iteration",                  36,  40, 0, 0, 1,   {8.5, 0, 0},   {40, 5, 100, 0}},
+        {"iteration beyond the limit", 36,  41, 1, 1, 0,   {8.5, 0, 0},   {41, 5, 100, 0}},
+        {"infeasible iteration",       292, 7,  0, 0, 1,   {8.5, 8.5, 0}, {7, 5, 100, 0}},
+        {"reduced gradient",           21,  7,  0, 0, 1,   {8.5, 0, 0},   {7, 5, 100, 0}},
+        {"node",                       8,   3,  0, 0, 101, none,          {0, 6, 130, 3}},
+        {"node beyond the solutions",  168, 4,  5, 5, 0,   {0, 0, 8.5},   {0, 6, 130, 4}},
+        {"node before iteration",      12,  3,  0, 0, 101, none,          {0, 6, 130, 3}},
+        {"elastic mode",               512, 2,  0, 0, 0,   none,          same, 2},
+        {"elastic step",               512, 3,  0, 0, 0,   none,          {0, 5, 130, 0}, 3},
     };
     // clang-format on
     for (const auto& c : CASES) {
@@ -79,7 +72,10 @@ TEST(Progress, counts_and_decides_by_the_event_word)
         EXPECT_EQ(report(), c.want);
         EXPECT_EQ(control.stopcode, c.remembered);
         EXPECT_EQ(called_with, c.callback);
-        EXPECT_EQ(counters_of(*model.lp), c.counters);
+        const Problem& p = *model.lp;
+        EXPECT_EQ((Reals{p.currentobj, p.infeasibility, p.bestinteger}), c.objectives);
+        EXPECT_EQ((Counts{p.iterations, p.nodes, p.totaliterations, p.intsolutions}), c.counters);
+        EXPECT_EQ(p.control.elasticmode, c.elasticmode);
 
         // A limit comes before the callback, and a report without a reason takes the stop back.
         if (c.callback == 0) continue;
