@@ -18,7 +18,6 @@ constexpr std::int32_t ALL = JACOBIAN_OBJECTIVE | JACOBIAN_MINIMISE;
 // The arrays that the caller's derivative function was handed in its last call, and the point.
 std::vector<const void*> handed;
 Reals point, gradient, derivatives;
-std::int32_t jacobian_result = 0;
 
 std::int32_t TARNWICK_CALL give_derivatives(Problem* lp, std::int32_t numcols, std::int32_t numrows,
                                             std::int32_t matnz, double*, double* obj,
@@ -31,7 +30,7 @@ std::int32_t TARNWICK_CALL give_derivatives(Problem* lp, std::int32_t numcols, s
     point.assign(FunctionModel::data_of(x), FunctionModel::data_of(x) + numcols);
     std::copy(gradient.begin(), gradient.end(), lp->obj);
     std::copy(derivatives.begin(), derivatives.end(), lp->matval);
-    return jacobian_result;
+    return 0;
 }
 
 // What the visits were asked, and which of them is answered with 0.
@@ -50,7 +49,7 @@ std::int32_t TARNWICK_CALL visit_entry(SolveControl*, void* user, std::int32_t r
 
 struct DerivativeModel : FunctionModel {
     SolveControl* control = nullptr;
-    Reals x{3, 4, 0, 0, 0, 0, 0};
+    Reals x{3, 4, 0, 0, 0, 0, 0};  // the last are elastic
 
     explicit DerivativeModel(bool ole = false)
     {
@@ -58,7 +57,6 @@ struct DerivativeModel : FunctionModel {
         jacobian = give_derivatives;
         gradient = {6, -1};
         derivatives = {1, 1, 4, 0, 2.5};
-        jacobian_result = 0;
         wrong_visit = 99;
         run();
         control = &lp->control;
@@ -70,17 +68,6 @@ struct DerivativeModel : FunctionModel {
         return evaljacobian(control, &visited, visit_entry, nullptr, x.data(), flags);
     }
 };
-
-// clang-format off
-const Entries ROWS{{0, 0, 1}, {1, 0, 1}, {3, 0, 4}, {2, 1, 2.5}};
-const Entries UP{{4, 0, 6}, {4, 1, -1}}, DOWN{{4, 0, -6}, {4, 1, 1}};
-// clang-format on
-
-Entries joined(Entries all, const Entries& more)
-{
-    all.insert(all.end(), more.begin(), more.end());
-    return all;
-}
 
 TEST(EvalFunctions, hands_out_locked_arrays_of_the_right_size)
 {
@@ -100,24 +87,46 @@ TEST(EvalFunctions, hands_out_locked_arrays_of_the_right_size)
     EXPECT_EQ(evalfunctions(model.control, lhs.data(), model.x.data()), 1);
 }
 
+// clang-format off
+const Entries ROWS{{0, 0, 1}, {1, 0, 1}, {3, 0, 4}, {2, 1, 2.5}};
+const Entries WITH_ELASTIC{{0, 0, 1}, {1, 0, 1}, {3, 0, 4}, {2, 1, 2.5},
+                           {0, 2, -1}, {1, 3, 1}, {2, 4, 1}, {2, 5, -1}, {3, 6, -1}};
+// clang-format on
+
 TEST(EvalJacobian, visits_nonzero_derivatives_in_order)
 {
     DerivativeModel model;
-    EXPECT_EQ(model.ask(0), 7);
-    EXPECT_EQ(visited, ROWS);
-    for (const std::int32_t sense : {1, -1}) {
-        model.lp->objsen = sense;
-        EXPECT_EQ(model.ask(ALL), 7);
-        EXPECT_EQ(visited, joined(ROWS, sense == 1 ? UP : DOWN));
-    }
-    EXPECT_EQ(model.ask(JACOBIAN_OBJECTIVE), 7);
-    EXPECT_EQ(visited, joined(ROWS, UP));
-
+    for (const std::int32_t flags : {0, std::int32_t{JACOBIAN_OBJECTIVE}, ALL})
+        for (const std::int32_t sense : {1, -1}) {
+            Entries want = ROWS;
+            const double sign = flags == ALL ? sense : 1;
+            if (flags != 0) {
+                want.emplace_back(4, 0, 6 * sign);
+                want.emplace_back(4, 1, -sign);
+            }
+            model.lp->objsen = sense;
+            EXPECT_EQ(model.ask(flags), 7);
+            EXPECT_EQ(visited, want);
+        }
     model.matind[4] = 4;  // names no row
     EXPECT_EQ(model.ask(0), 7);
     EXPECT_EQ(visited.size(), 3U);
     gradient = {0, 0}, derivatives.assign(5, 0.0);
     EXPECT_EQ(model.ask(ALL), 1) << "nothing was wrong";
+}
+
+TEST(EvalJacobian, visits_elastic_variables_behind_the_columns)
+{
+    DerivativeModel model;  // rows L, G, E, R: elastic variables -1, +2, +3, -3, -4
+    model.control->elasticmode = 1;
+    ASSERT_EQ(beginrun(model.control, 0), 1);
+    Entries want = WITH_ELASTIC;
+    EXPECT_EQ(model.ask(0), 7);
+    EXPECT_EQ(visited, want);
+    for (std::int32_t j = 2; j < 7; ++j) want.emplace_back(4, j, 1.0);
+    EXPECT_EQ(model.ask(ALL), 7);
+    EXPECT_EQ(visited, want);
+    endrun(model.control);
 }
 
 TEST(EvalJacobian, hands_out_what_was_loaded_as_the_mode_wants_it)
@@ -135,19 +144,11 @@ TEST(EvalJacobian, hands_out_what_was_loaded_as_the_mode_wants_it)
     }
 }
 
-TEST(EvalJacobian, fails_without_derivatives)
+TEST(EvalJacobian, fails_in_ole_array_mode_for_a_model_without_references)
 {
     DerivativeModel model;
-    jacobian_result = 5;
+    const ArrayMode mode(true);
     EXPECT_EQ(model.ask(ALL), 0);
-    jacobian_result = 0;
-    {
-        const ArrayMode mode(true);
-        EXPECT_EQ(model.ask(ALL), 0) << "the model was loaded without references";
-    }
-    model.lp->jacobian = nullptr;
-    EXPECT_EQ(model.ask(ALL), 0);
-    EXPECT_TRUE(visited.empty());
 }
 
 // The engine's tests show how a run goes on, or ends where nobody is asked.

@@ -180,13 +180,6 @@ bool parabola(const Reals& x, double& f, Reals& g)
     return true;
 }
 
-bool parabola_slopes(const Reals& x, Reals& gradient, Reals& columns)
-{
-    gradient = {0, 1};
-    columns = {2 * x[0], 1, 0, -1};
-    return true;
-}
-
 // Never below 0, and there is no value for x < 0.
 bool root(const Reals& x, double& f, Reals& g)
 {
@@ -198,7 +191,7 @@ bool root(const Reals& x, double& f, Reals& g)
 // clang-format off
 const Smooth DISC{"disc", 2, disc, "LGL", {1, 3, 4}, {0.5, 1}, {-9, -INF}, {9, 7}};
 const Smooth EASY_DISC{"easy disc", 2, disc, "LGL", {1, 1.4, 4}, {0.5, 1}, {-9, -INF}, {9, 7}};
-const Smooth PARABOLA{"parabola", 2, parabola, "LE", {4, 5}, {1, 1}, {-8, 0}, {INF, INF}, 1, {}, parabola_slopes};
+const Smooth PARABOLA{"parabola", 2, parabola, "LE", {4, 5}, {1, 1}, {-8, 0}, {INF, INF}};
 const Smooth ROOT{"root", 2, root, "L", {-1}, {1, 1}, {0.25, 0}, {4, 9}};
 // clang-format on
 
@@ -217,7 +210,7 @@ TEST(InfeasibleSubset, of_smooth_models_is_found)
         for (const std::int32_t scaling : {-1, 0}) {
             SCOPED_TRACE(testing::Message() << what << ", scaling " << scaling);
             const SmoothHost host(model);
-            set(host.lp, PARAM_SCALING, scaling, PARAM_NLPDERIVMODE, model.derivatives ? 2 : 0);
+            setintparam(host.lp, PARAM_SCALING, scaling);
             const Subset got = find(host.lp, method);
             EXPECT_EQ(got.status, IIS_FOUND);
             EXPECT_EQ(got.lists(), lists);

@@ -168,10 +168,11 @@ constexpr Refused<L> OTHER_LP_REFUSALS[] = {
     {"two marks of a dense matrix",    [](L& c) { c.matbeg[0] = c.matcnt[0] = -1; }, BEG},
 };
 constexpr Refused<OL> OLE_LP_REFUSALS[] = {
-    {"obj or rhs", drop<&L::obj>, ABSENT},
-    {"obj",    cut<&L::obj>,    NOT_OLE}, {"rhs",    cut<&L::rhs>,    NOT_OLE}, {"sense",  cut<&L::sense>,  NOT_OLE},
-    {"matbeg", cut<&L::matbeg>, NOT_OLE}, {"matcnt", cut<&L::matcnt>, NOT_OLE}, {"matind", cut<&L::matind>, NOT_OLE},
-    {"matval", cut<&L::matval>, NOT_OLE}, {"lb",     cut<&L::lb>,     NOT_OLE}, {"ub",     cut<&L::ub>,     NOT_OLE},
+    {"obj or rhs", drop<&L::obj>, ABSENT}, {"obj",    cut<&L::obj>,    NOT_OLE},
+    {"rhs",    cut<&L::rhs>,    NOT_OLE},  {"sense",  cut<&L::sense>,  NOT_OLE},
+    {"matbeg", cut<&L::matbeg>, NOT_OLE},  {"matcnt", cut<&L::matcnt>, NOT_OLE},
+    {"matind", cut<&L::matind>, NOT_OLE},  {"matval", cut<&L::matval>, NOT_OLE},
+    {"lb",     cut<&L::lb>,     NOT_OLE},  {"ub",     cut<&L::ub>,     NOT_OLE},
 };
 // Views that succeed although the array can't serve, and views that fail for another reason.
 constexpr Refused<OL> OLE_LP_VIEWS[] = {
@@ -206,18 +207,23 @@ constexpr Refused<Ole<Q>> OLE_QUAD_REFUSALS[] = {
 constexpr Refused<N> NLP_REFUSALS[] = {
     {"no column",   set<&N::numcols, 0>,   "numcols <= 0"},
     {"rows -1",     set<&N::numrows, -1>,  "numrows < 0"},
-    {"401 columns", set<&N::numcols, 401>, TOO_LARGE}, {"201 rows", set<&N::numrows, 201>, TOO_LARGE},
-    {"objsen 0",    set<&N::objsen, 0>, OBJSEN}, {"obj",   drop<&N::obj>,   ABSENT}, {"rhs", drop<&N::rhs>, ABSENT},
-    {"sense",       drop<&N::sense>,    ABSENT}, {"matval", drop<&N::matval>, ABSENT}, {"var", drop<&N::var>, ABSENT},
-    {"lb or ub",    drop<&N::lb>,       ABSENT}, {"lb or ub", drop<&N::ub>,  ABSENT},
+    {"401 columns", set<&N::numcols, 401>, TOO_LARGE},
+    {"201 rows",    set<&N::numrows, 201>, TOO_LARGE},
+    {"objsen 0",    set<&N::objsen, 0>,    OBJSEN},
+    {"obj",   drop<&N::obj>,   ABSENT}, {"rhs",      drop<&N::rhs>,    ABSENT},
+    {"sense", drop<&N::sense>, ABSENT}, {"matval",   drop<&N::matval>, ABSENT},
+    {"var",   drop<&N::var>,   ABSENT}, {"lb or ub", drop<&N::lb>,     ABSENT},
+    {"lb or ub",    drop<&N::ub>,          ABSENT},
     {"no funceval", set<&N::funceval, nullptr>,     "funceval is not a valid callback"},
     {"an N row",    [](N& c) { c.sense[3] = 'N'; }, SENSE},
     {"no matbeg",   drop<&N::matbeg>,               INDICES},
 };
 constexpr Refused<Ole<N>> OLE_NLP_REFUSALS[] = {
-    {"obj",    cut<&N::obj>,    NOT_OLE}, {"rhs", cut<&N::rhs>, NOT_OLE}, {"sense", cut<&N::sense>, NOT_OLE},
-    {"matbeg", cut<&N::matbeg>, NOT_OLE}, {"matval", cut<&N::matval>, NOT_OLE}, {"var", cut<&N::var>, NOT_OLE},
-    {"lb",     cut<&N::lb>,     NOT_OLE}, {"ub",  cut<&N::ub>,  NOT_OLE}, {"var",   fill<&N::var, -1>, ABSENT},
+    {"obj",    cut<&N::obj>,    NOT_OLE}, {"rhs",    cut<&N::rhs>,      NOT_OLE},
+    {"sense",  cut<&N::sense>,  NOT_OLE}, {"matbeg", cut<&N::matbeg>,   NOT_OLE},
+    {"matval", cut<&N::matval>, NOT_OLE}, {"var",    cut<&N::var>,      NOT_OLE},
+    {"lb",     cut<&N::lb>,     NOT_OLE}, {"ub",     cut<&N::ub>,       NOT_OLE},
+    {"var",    fill<&N::var, -1>, ABSENT},
 };
 // clang-format on
 
