@@ -198,6 +198,7 @@ TEST(Branch, stopped_at_any_node_keeps_the_best_cell_that_it_has_seen)
         SCOPED_TRACE(limit);
         Search search(range(0, 7), halving(falling));
         search.run.control->nodelimit = limit;
+        search.loaded.lp->objsen = -1;
         EXPECT_EQ(search.go(), RESULT_STANDS);
         EXPECT_EQ(search.run.control->stopcode, STOP_NODELIMIT);
         EXPECT_EQ(search.solves, limit + 1);
@@ -206,6 +207,7 @@ TEST(Branch, stopped_at_any_node_keeps_the_best_cell_that_it_has_seen)
             if (box[0].first == box[0].second) last = std::max(last, box[0].first);
         EXPECT_EQ(search.x, Reals{last < 0 ? 3.5 : last}) << "a cell's, or the root's";
         EXPECT_EQ(search.run.objective, last < 0 ? 0.0 : std::max(9.0 - last, 3.5));
+        EXPECT_EQ(search.loaded.lp->bestinteger, -search.run.objective) << "the caller maximises";
     }
 }
 
