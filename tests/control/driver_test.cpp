@@ -56,6 +56,9 @@ TEST(Driver, starts_each_run_afresh)
 {
     LoadedModel loaded(TWO_PHASES);
     EXPECT_EQ(solveproblem(loaded.lp->control.engines), ENGINE_BADMODEL) << "none before a run";
+    loaded.lp->control.elasticmode = 2;
+    EXPECT_EQ(optimize(loaded.lp), 0);
+    EXPECT_EQ(loaded.lp->control.elasticmode, 0) << "elastic mode ends with the run";
     expect_optimal(TWO_PHASES, solve(loaded.lp));
 
     setintparam(loaded.lp, PARAM_ITERLIMIT, 0);
