@@ -194,16 +194,8 @@ bool ishomogeneous(const SolveControl& control) noexcept
 
 bool hasfullmatrix(const Problem& problem) noexcept
 {
-    if (!has_indices(problem)) return false;
-    const int m = problem.numrows;
-    const std::int32_t* rows = problem.matind;
-    for (int j = 0; j < problem.numcols; ++j, rows += m) {
-        if (problem.matcnt[j] != m || problem.matbeg[j] != std::ptrdiff_t{m} * j) return false;
-        std::int32_t misplaced = 0;
-        for (int i = 0; i < m; ++i) misplaced |= rows[i] ^ i;
-        if (misplaced != 0) return false;
-    }
-    return true;
+    return has_indices(problem) && lists_all(problem.matbeg, problem.matcnt, problem.matind,
+                                             problem.matnz, problem.numrows, problem.numcols);
 }
 
 bool copymatrix(const SolveControl& control, double* const* rows) noexcept

@@ -8,6 +8,7 @@
 
 #include "platform/floatcontrol.h"
 #include "platform/prefetch.h"
+#include "platform/vectors.h"
 
 namespace tarnwick {
 
@@ -74,6 +75,10 @@ bool are_rows(const std::int32_t* ind, std::int64_t count, std::int32_t numrows)
 
 Refusal test_columns(const MatrixArguments& matrix, const MatrixRefusals& refusals) noexcept
 {
+    if (lists_all(matrix.beg, matrix.cnt, matrix.ind, matrix.length, matrix.numrows,
+                  matrix.numcols))
+        return {};
+
     const std::int64_t last_start = std::int64_t{matrix.numcols} * matrix.numrows;
     std::int64_t end = 0;
     for (std::int32_t j = 0; j < matrix.numcols; ++j) {

@@ -92,7 +92,8 @@ TEST(Reading, goes_by_indices_that_are_nearly_those_of_a_dense_matrix)
         double optimum;
     } models[] = {
         {"a dense one",              {0, 2}, {2, 2}, {0, 1, 0, 1},    {1, 3, 2, 1},    3.0},
-        {"rows in another order",    {0, 2}, {2, 2}, {0, 1, 1, 0},    {1, 3, 1, 2},    3.0},
+        {"a column upside down",     {0, 2}, {2, 2}, {0, 1, 1, 0},    {1, 3, 1, 2},    3.0},
+        {"every column upside down", {0, 2}, {2, 2}, {1, 0, 1, 0},    {3, 1, 1, 2},    3.0},
         {"a gap before a column",    {0, 3}, {2, 2}, {0, 1, 0, 1, 0}, {1, 3, 9, 1, 2}, 3.0},
         {"the last column is short", {0, 2}, {2, 1}, {0, 1, 0, 1},    {1, 3, 2, 9},    3.0 + 1.0 / 6.0},
     };
