@@ -156,13 +156,6 @@ Reals hs118_rows(Point x)
     return g;
 }
 
-Reals shell_dual_start()
-{
-    Reals start(15, 0.001);
-    start[6] = 60;
-    return start;
-}
-
 // clang-format off
 const FunctionProblem LARGER[] = {
 {.name = "HS 38", .start = {-3, -1, -3, -1}, .lower = {-10}, .upper = {10}, .optimum = 0,
@@ -200,9 +193,7 @@ const FunctionProblem LARGER[] = {
     },
     .rows = [](Point x) { return Reals{x[1] + 2 * x[2] + x[3] + x[4], 3 * x[1] + x[2] + 2 * x[3] - x[4], x[2] + 4 * x[3]}; }},
 {.name = "HS 77", .start = {2, 2, 2, 2, 2}, .sense = "EE", .rhs = {2 * ROOT2, 8 + ROOT2}, .optimum = 0.24150513,
-    .objective = [](Point x) {
-        return square(x[1] - 1) + square(x[1] - x[2]) + square(x[3] - 1) + fourth(x[4] - 1) + sixth(x[5] - 1);
-    },
+    .objective = [](Point x) { return square(x[1] - 1) + square(x[1] - x[2]) + square(x[3] - 1) + fourth(x[4] - 1) + sixth(x[5] - 1); },
     .rows = [](Point x) { return Reals{square(x[1]) * x[4] + sin(x[4] - x[5]), x[2] + fourth(x[3]) * square(x[4])}; }},
 {.name = "HS 78", .start = {-2, 1.5, 2, -1, -1}, .sense = "EEE", .rhs = {10, 0, -1}, .optimum = -2.91970041,
     .objective = [](Point x) { return product_of(x, 1, 5); }, .rows = hs78_rows},
@@ -272,9 +263,7 @@ const FunctionProblem LARGER[] = {
     }},
 {.name = "HS 108", .start = Reals(9, 1.0), .lower = {-INF, -INF, -INF, -INF, -INF, -INF, -INF, -INF, 0}, .sense = "LLLLLLLLLGGLG",
     .rhs = {1, 1, 1, 1, 1, 1, 1, 1, 1, 0, 0, 0, 0}, .optimum = -0.8660254038,
-    .objective = [](Point x) {
-        return -0.5 * (x[1] * x[4] - x[2] * x[3] + x[3] * x[9] - x[5] * x[9] + (x[5] * x[8] - x[6] * x[7]));
-    },
+    .objective = [](Point x) { return -0.5 * (x[1] * x[4] - x[2] * x[3] + x[3] * x[9] - x[5] * x[9] + (x[5] * x[8] - x[6] * x[7])); },
     .rows = [](Point x) {
         return Reals{square(x[3]) + square(x[4]), square(x[9]), square(x[5]) + square(x[6]),
                      square(x[1]) + square(x[2] - x[9]), square(x[1] - x[5]) + square(x[2] - x[6]),
@@ -310,7 +299,8 @@ const FunctionProblem LARGER[] = {
                      square(x[1]) + 2 * square(x[2] - 2) - 2 * x[1] * x[2] + 14 * x[5] - 6 * x[6],
                      -3 * x[1] + 6 * x[2] + 12 * square(x[9] - 8) - 7 * x[10]};
     }},
-{.name = "HS 117", .start = shell_dual_start(), .lower = {0}, .sense = "GGGGG", .optimum = 32.34867897,
+{.name = "HS 117", .start = {1e-3, 1e-3, 1e-3, 1e-3, 1e-3, 1e-3, 60, 1e-3, 1e-3, 1e-3, 1e-3, 1e-3, 1e-3, 1e-3, 1e-3},
+    .lower = {0}, .sense = "GGGGG", .optimum = 32.34867897,
     .objective = shell_dual, .rows = shell_dual_rows},
 {.name = "HS 118: twelve ranges", .start = {20, 55, 15, 20, 60, 20, 20, 60, 20, 20, 60, 20, 20, 60, 20},
     .lower = {8, 43, 3, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0},

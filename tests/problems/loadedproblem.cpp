@@ -52,13 +52,6 @@ double wrong_sign(double multiplier, double value, Limits limits, double tol)
     return wrong;
 }
 
-Reals rows_at(const FunctionProblem& problem, const Reals& x, double& f)
-{
-    Reals g(static_cast<std::size_t>(problem.numrows()) + 1, 0.0);
-    f = problem.value({x.data()}, g.data());
-    return g;
-}
-
 }  // namespace
 
 Limits limits_of_row(const FunctionProblem& problem, int i)
@@ -125,11 +118,12 @@ Derivatives derivatives_at(const FunctionProblem& problem, Reals x)
         const double up = std::max(old, std::min(old + step, limits.upper));
         const double down = std::min(old, std::max(old - step, limits.lower));
         if (up == down) continue;
-        double above, below;
         x[j] = up;
-        const Reals g = rows_at(problem, x, above);
+        const double above = problem.objective({x.data()});
+        const Reals g = problem.rows({x.data()});
         x[j] = down;
-        const Reals h = rows_at(problem, x, below);
+        const double below = problem.objective({x.data()});
+        const Reals h = problem.rows({x.data()});
         x[j] = old;
         d.obj[j] = (above - below) / (up - down);
         for (std::size_t i = 0; i < m; ++i) d.matval[j * m + i] = (g[i] - h[i]) / (up - down);
@@ -139,8 +133,8 @@ Derivatives derivatives_at(const FunctionProblem& problem, Reals x)
 
 double violation(const FunctionProblem& problem, const Reals& x)
 {
-    double f, worst = 0.0;
-    const Reals g = rows_at(problem, x, f), first = rows_at(problem, problem.start, f);
+    double worst = 0.0;
+    const Reals g = problem.rows({x.data()}), first = problem.rows({problem.start.data()});
     for (std::size_t i = 0; i < problem.sense.size(); ++i) {
         const double unit = std::isnan(first[i]) ? 1 : 1 + std::fabs(first[i]);
         worst = std::max(worst, excess(g[i], limits_of_row(problem, static_cast<int>(i)), unit));
@@ -152,17 +146,15 @@ double violation(const FunctionProblem& problem, const Reals& x)
 
 double objective(const FunctionProblem& problem, const Reals& x)
 {
-    double f;
-    rows_at(problem, x, f);
-    return f;
+    return problem.objective({x.data()});
 }
 
 double stationarity_error(const FunctionProblem& problem, const Answer& answer, double bindingtol)
 {
     const auto n = answer.x.size(), m = problem.sense.size();
     const Derivatives d = derivatives_at(problem, answer.x);
-    double f, worst = 0.0, size = 1.0;
-    const Reals g = rows_at(problem, answer.x, f);
+    const Reals g = problem.rows({answer.x.data()});
+    double worst = 0.0, size = 1.0;
 
     for (std::size_t j = 0; j < n; ++j) {
         const Limits limits = limits_of_column(problem, static_cast<int>(j));

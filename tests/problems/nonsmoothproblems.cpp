@@ -61,20 +61,14 @@ Reals spring_rows(Point x)
             140.45 * d / (square(coil) * turns), coil + d};
 }
 
-// A problem of the book under the name and the box of the later collection.
-FunctionProblem from_book(const char* book, const char* name, Reals lower, Reals upper)
+// A problem of the book under the name of the later collection, and in its box where that is another.
+FunctionProblem from_book(const char* book, const char* name, Reals lower = {}, Reals upper = {})
 {
     FunctionProblem problem = problem_named(book);
     problem.name = name;
-    problem.lower = std::move(lower);
-    problem.upper = std::move(upper);
+    if (!lower.empty()) problem.lower = std::move(lower);
+    if (!upper.empty()) problem.upper = std::move(upper);
     return problem;
-}
-
-FunctionProblem from_book(const char* book, const char* name)
-{
-    const FunctionProblem& problem = problem_named(book);
-    return from_book(book, name, problem.lower, problem.upper);
 }
 
 std::vector<FunctionProblem> all_problems()
@@ -114,9 +108,7 @@ from_book("HS 106", "CEC g10"),
 {.name = "CEC g12", .start = {1.5, 1.5, 1.5}, .lower = {0}, .upper = {10}, .sense = "L", .rhs = {0.0625}, .optimum = -1,
     .best = {5, 5, 5},
     .objective = [](Point x) { return -(100 - sum(1, 3, [x](int j) { return square(x[j] - 5); })) / 100; },
-    .rows = [](Point x) {
-        return Reals{sum(1, 3, [x](int j) { return square(x[j] - std::clamp(std::round(x[j]), 1.0, 9.0)); })};
-    }},
+    .rows = [](Point x) { return Reals{sum(1, 3, [x](int j) { return square(x[j] - std::clamp(std::round(x[j]), 1.0, 9.0)); })}; }},
 from_book("HS 80", "CEC g13"),
 from_book("HS 63", "CEC g15", {0}, {10}),
 from_book("HS 108", "CEC g18", {-10, -10, -10, -10, -10, -10, -10, -10, 0}, {10, 10, 10, 10, 10, 10, 10, 10, 20}),
@@ -139,9 +131,7 @@ from_book("HS 108", "CEC g18", {-10, -10, -10, -10, -10, -10, -10, -10, 0}, {10,
     }},
 {.name = "Griewank's function", .start = Reals(5, 500.0), .lower = {-400}, .upper = {600}, .optimum = 0,
     .best = Reals(5, 0.0),
-    .objective = [](Point x) {
-        return sum_of_squares(x, 1, 5) / 4000 - product(1, 5, [x](int j) { return cos(x[j] / sqrt(j)); }) + 1;
-    }},
+    .objective = [](Point x) { return sum_of_squares(x, 1, 5) / 4000 - product(1, 5, [x](int j) { return cos(x[j] / sqrt(j)); }) + 1; }},
 {.name = "Schwefel's function", .start = Reals(3, -400.0), .lower = {-500}, .upper = {500}, .optimum = 3 * -418.98288727243369,
     .best = Reals(3, 420.96874636),
     .objective = [](Point x) { return sum(1, 3, [x](int j) { return -x[j] * sin(sqrt(fabs(x[j]))); }); }},

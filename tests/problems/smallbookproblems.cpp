@@ -177,9 +177,7 @@ const FunctionProblem SMALL[] = {
     .rows = [](Point x) { return Reals{x[1] + x[2] + x[3] + 4 * x[4], x[3] + 5 * x[5]}; }},
 {.name = "HS 50", .start = {35, -31, 11, 5, -5}, .sense = "EEE", .rhs = {6}, .optimum = 0,
     .objective = [](Point x) { return square(x[1] - x[2]) + square(x[2] - x[3]) + fourth(x[3] - x[4]) + square(x[4] - x[5]); },
-    .rows = [](Point x) {
-        return Reals{x[1] + 2 * x[2] + 3 * x[3], x[2] + 2 * x[3] + 3 * x[4], x[3] + 2 * x[4] + 3 * x[5]};
-    }},
+    .rows = [](Point x) { return Reals{x[1] + 2 * x[2] + 3 * x[3], x[2] + 2 * x[3] + 3 * x[4], x[3] + 2 * x[4] + 3 * x[5]}; }},
 {.name = "HS 51", .start = {2.5, 0.5, 2, -1, 0.5}, .sense = "EEE", .rhs = {4, 0, 0}, .optimum = 0,
     .objective = [](Point x) { return square(x[1] - x[2]) + hs52_rest(x); }, .rows = hs52_rows},
 {.name = "HS 52", .start = {2, 2, 2, 2, 2}, .sense = "EEE", .optimum = 1859.0 / 349,
@@ -204,9 +202,7 @@ const FunctionProblem SMALL[] = {
     .objective = [](Point x) { return square(x[1] - 1) + square(x[1] - x[2]) + fourth(x[2] - x[3]); },
     .rows = [](Point x) { return Reals{x[1] * (1 + square(x[2])) + fourth(x[3])}; }},
 {.name = "HS 61", .start = {0, 0, 0}, .sense = "EE", .rhs = {7, 11}, .optimum = -143.6461422,
-    .objective = [](Point x) {
-        return 4 * square(x[1]) + 2 * square(x[2]) + 2 * square(x[3]) - 33 * x[1] + 16 * x[2] - 24 * x[3];
-    },
+    .objective = [](Point x) { return 4 * square(x[1]) + 2 * square(x[2]) + 2 * square(x[3]) - 33 * x[1] + 16 * x[2] - 24 * x[3]; },
     .rows = [](Point x) { return Reals{3 * x[1] - 2 * square(x[2]), 4 * x[1] - square(x[3])}; }},
 {.name = "HS 62", .start = {0.7, 0.2, 0.1}, .lower = {0}, .upper = {1}, .sense = "E", .rhs = {1}, .optimum = -26272.51448,
     .objective = [](Point x) {
