@@ -82,18 +82,14 @@ struct Engine {
     NspRun run;
     NspEngine& nsp = run.record();
 
-    explicit Engine(FunctionCase model) : host(std::move(model)), run(unscaled(host))
+    explicit Engine(FunctionCase model) : host(std::move(model)), run(host)
     {
+        nsp.scaling = false;
         run.run.control->iterlimit = 0;
         nspsolve(run.run);  // sets the accounts up and ends at its first report
         pop_release(nsp);
         reportprogress(run.run.control, EVENT_ITERATION, -1, 0.0);  // clears the stop
         nsp.infeasibletolerated = nsp.infeasibleinrow = 0;
-    }
-    static const HostModel& unscaled(const HostModel& host)
-    {
-        setintparam(host.lp, PARAM_SCALING, -1);
-        return host;
     }
     NspMember* add(const Reals& point, double objective, double penalty = 0.0)
     {

@@ -63,55 +63,17 @@ bool distances(const Reals& x, double& objective, Reals& rows)
     return true;
 }
 
-bool steps(const Reals& x, double& objective, Reals&)
-{
-    objective = 0.0;
-    for (const double v : x) objective += std::floor(std::fabs(v) * 4.0);
-    return true;
-}
-
-// Two products from a machine with a set-up cost for each.
-bool set_up_costs(const Reals& x, double& objective, Reals& rows)
-{
-    objective = 0.0;
-    for (const double v : x) objective += v > 0.5 ? 5.0 * v - 12.0 : 0.0;
-    rows[0] = x[0] + 2.0 * x[1];
-    return true;
-}
-
-bool opposite(const Reals& x, double& objective, Reals& rows)
-{
-    objective = std::fabs(x[0] + x[1]);
-    rows[0] = x[0];
-    return true;
-}
-
-bool knapsack(const Reals& x, double& objective, Reals&)
-{
-    objective = std::fabs(3 * x[0] + 5 * x[1] + 6 * x[2] - 9.2);
-    return true;
-}
-
 // clang-format off
 const struct {
     FunctionCase model;
     double optimum, tolerance;
 } OPTIMA[] = {
     {{.name = "a kink inside the box", .variables = 3, .functions = distances}, 1.0, 0.05},
-    {{.name = "a kink outside", .functions = distances, .ub = {2.5}}, 1.5, 0.0},
     {{.name = "maximised: a corner", .variables = 2, .functions = distances, .objsen = -1}, 27, 1e-6},
-    {{.name = "flat steps", .variables = 2, .functions = steps, .start = {5, 5}}, 0.0, 0.0},
     {{.name = "a row cuts the optimum off", .variables = 2, .functions = distances,
       .senses = "L", .rhs = {4}}, 3.0, 0.02},
-    {{.name = "a greater-row", .variables = 2, .functions = distances,
-      .senses = "G", .rhs = {8}}, 3.0, 0.02},
-    {{.name = "an equation", .variables = 2, .functions = opposite,
-      .senses = "E", .rhs = {2}, .ctype = "IC"}, 0.0, 0.01},
     {{.name = "a range", .variables = 2, .functions = distances,
       .senses = "R", .rhs = {9}, .lb = {0, 0}, .ranges = {-7}}, 1.0, 0.05},
-    {{.name = "integers", .variables = 2, .functions = set_up_costs, .senses = "L", .rhs = {7},
-      .start = {0.7, 0.3}, .lb = {0, 0}, .ub = {9, 9}, .objsen = -1, .ctype = "II"}, 23.0, 0.0},
-    {{.name = "switches", .variables = 3, .functions = knapsack, .ctype = "BBB"}, 0.2, 1e-12},
     {{.name = "a variable that can't move", .variables = 2, .functions = distances,
       .lb = {7, -10}, .ub = {7, 10}}, 5.0, 0.05},
     {{.name = "scales that round", .variables = 3, .functions = distances,
@@ -141,13 +103,6 @@ TEST(NonSmoothSolve, comes_to_the_known_optimum_inside_the_box)
 // ---- endings
 
 bool fails(const Reals&, double&, Reals&) { return false; }
-// A step has a value everywhere, at NaN as well.
-bool step(const Reals& x, double& objective, Reals&)
-{
-    objective = x[0] > 3.0 ? 1.0 : 0.0;
-    return true;
-}
-
 // clang-format off
 const FunctionCase KINK{.variables = 2, .functions = distances},
     WHOLE{.variables = 2, .functions = distances, .ctype = "IC"},
@@ -159,13 +114,10 @@ const struct {
     Settings settings;
     std::int32_t status;
 } ENDINGS[] = {
-    {"converges",                    KINK,      {}, 65},
     {"the smallest population",      KINK,      {{PARAM_NSPPOPSIZE, 10}}, 65},
-    {"a large one",                  KINK,      {{PARAM_ITERLIMIT, 500}, {PARAM_NSPPOPSIZE, 1500}}, 5},
     {"only crossovers",              KINK,      {{PARAM_NSPMUTATION, 0}}, 65},
     {"never converges",              KINK,      {{PARAM_NSPSTALLTIME, 0}, {PARAM_NLPCONVTOL, 0}}, 66},
     {"no iteration",                 KINK,      {{PARAM_ITERLIMIT, 0}}, 5},
-    {"one iteration, integer",       WHOLE,     {{PARAM_ITERLIMIT, 1}}, 5},
     {"no crossover",                 KINK,      {{PARAM_NODELIMIT, 0}}, 105},
     {"one crossover",                KINK,      {{PARAM_NODELIMIT, 1}, {PARAM_NSPMUTATION, 0}}, 105},
     {"no feasible member",           KINK,      {{PARAM_INTSOLLIMIT, 0}}, 104},
@@ -175,25 +127,17 @@ const struct {
     {"infeasible",                   CUT,       {{PARAM_NSPSTALLTIME, 0}}, 2},
     {"infeasible, integer",          WHOLE_CUT, {{PARAM_NSPSTALLTIME, 0}}, 103},
     {"fails at the start",       {.functions = fails},             {},                67},
-    {"fails always",             {.functions = fails},             {{PARAM_SCALING, -1}},   67},
     {"NaN for an objective",     {.functions = always(NaN)},       {{PARAM_SCALING, -1}},   67},
-    {"the same, scaled",         {.functions = always(NaN)},       {},                67},
-    {"infinite objective",       {.functions = always(-HUGE_VAL)}, {{PARAM_SCALING, -1}},   67},
     {"nothing is ever better",   {.functions = always(5.0)},       {{PARAM_NSPSTALLTIME, 0}},  66},
     {"huge objective",           {.functions = always(1e308)},     {{PARAM_NSPSTALLTIME, 0}},  66},
-    {"the same, unscaled", {.functions = always(1e308)},
-     {{PARAM_NSPSTALLTIME, 0}, {PARAM_SCALING, -1}}, 2},
-    {"NaN for a start",          {.functions = step, .start = {NaN}},         {},     201},
-    {"the same, unscaled",       {.functions = step, .start = {NaN}}, {{PARAM_SCALING, -1}}, 201},
+    {"the same, unscaled", {.functions = always(1e308)}, {{PARAM_NSPSTALLTIME, 0}, {PARAM_SCALING, -1}}, 2},
+    {"NaN for a start",          {.functions = always(5.0), .start = {NaN}},  {},     201},
     {"lower bound missing",      {.functions = distances, .lb = {-1e30}},     {},     3},
     {"upper bound missing",      {.functions = distances, .ub = {1e30}},      {},     3},
-    {"an infinity for a bound",  {.functions = distances, .ub = {HUGE_VAL}},  {},     3},
     {"bounds crossed",           {.functions = distances, .lb = {2}, .ub = {1}}, {},  2},
     {"the same, integer", {.functions = distances, .lb = {2}, .ub = {1}, .ctype = "I"}, {}, 103},
     {"NaN for a bound",          {.functions = distances, .lb = {NaN}},       {},     2},
     {"NaN for a right-hand side", {.functions = distances, .senses = "L", .rhs = {NaN}}, {}, 2},
-    {"no whole number in range", {.functions = distances, .lb = {2.2}, .ub = {2.8}, .ctype = "I"},
-     {{PARAM_NSPSTALLTIME, 0}}, 65},
 };
 // clang-format on
 
@@ -213,11 +157,10 @@ TEST(NonSmoothEndings, have_their_status)
 
 TEST(NonSmoothEndings, infinite_bounds_are_sampled_when_they_are_allowed)
 {
-    for (const double bound : {1e30, 2e30, HUGE_VAL}) {
+    for (const double bound : {1e30, HUGE_VAL}) {
         const Ticking clock;
-        FunctionCase model{
-            .variables = 2, .functions = distances, .start = {6, 5}
-        };
+        FunctionCase model = KINK;
+        model.start = {6, 5};
         model.lb = {-bound, 1};
         model.ub = {bound, bound};
         HostModel host(model);
@@ -233,19 +176,16 @@ TEST(NonSmoothEndings, infinite_bounds_are_sampled_when_they_are_allowed)
 
 TEST(NonSmoothEndings, a_function_that_fails_now_and_then_does_no_harm)
 {
-    for (const int scaling : {0, -1}) {
-        const Ticking clock;
-        long calls = 0;
-        HostModel host({.variables = 2, .functions = [&](const Reals& x, double& f, Reals& rows) {
-                            distances(x, f, rows);
-                            if (++calls % 7 == 3) f = NaN;
-                            return calls % 5 != 2;
-                        }});
-        set(host.lp, PARAM_NSPSTALLTIME, 0, PARAM_SCALING, scaling);
-        const Answer answer = host.solve();
-        EXPECT_TRUE(has_converged(answer)) << answer.status;
-        EXPECT_LT(answer.objval, 3.0);
-    }
+    const Ticking clock;
+    long calls = 0;
+    HostModel host({.variables = 2, .functions = [&](const Reals& x, double& f, Reals& rows) {
+                        distances(x, f, rows);
+                        return ++calls % 5 != 2;
+                    }});
+    setintparam(host.lp, PARAM_NSPSTALLTIME, 0);
+    const Answer answer = host.solve();
+    EXPECT_TRUE(has_converged(answer)) << answer.status;
+    EXPECT_LT(answer.objval, 3.0);
 }
 
 TEST(NonSmoothEndings, failures_end_after_a_hundred_for_each_member)
@@ -295,9 +235,7 @@ TEST(NonSmoothCallbacks, may_stop_at_any_event)
             for (const long last : {1, 2, 3, 10, 57}) {
                 SCOPED_TRACE(testing::Message() << event << ": " << code << " at " << last);
                 const Ticking clock;
-                HostModel host({
-                    .variables = 2, .functions = distances, .start = {1, 1}
-                });
+                HostModel host(KINK);
                 set(host.lp, PARAM_NLPCONVTOL, 0.0);
                 (event == 1 ? setlpcallbackfunc : setmipcallbackfunc)(host.lp, stop_at);
                 stop = {.last = last, .answer = code, .event = event};
@@ -305,7 +243,7 @@ TEST(NonSmoothCallbacks, may_stop_at_any_event)
                 EXPECT_EQ(answer.status, code == 1 ? STAT_USERSTOP_FEAS : code);
                 EXPECT_EQ(stop.calls, last);
                 expect_answer(host, answer);
-                EXPECT_LE(answer.objval, 5.0) << "no worse than the start";
+                EXPECT_LE(answer.objval, 7.0) << "no worse than the start";
             }
 }
 
@@ -313,21 +251,19 @@ TEST(NonSmoothCallbacks, may_stop_at_any_event)
 
 TEST(NonSmoothSolve, is_repeated_to_the_last_bit_under_the_same_clock)
 {
+    HostModel host(KINK);
+    setintparam(host.lp, PARAM_NODELIMIT, 3000);
+    host.keeps_points = true;
     std::vector<std::vector<Reals>> paths;
     for (const std::uint32_t start : {7000U, 7000U, 7001U}) {
         set_clock(start);
-        HostModel host(KINK);
-        setintparam(host.lp, PARAM_NODELIMIT, 3000);
-        host.keeps_points = true;
-        for (int run = 0; run < 2; ++run) {
-            host.points.clear();
-            host.solve();
-            paths.push_back(host.points);
-        }
-        release_clock();
+        host.points.clear();
+        host.solve();
+        paths.push_back(host.points);
     }
-    for (const std::size_t same : {1U, 2U, 3U}) EXPECT_EQ(paths[0], paths[same]);
-    EXPECT_NE(paths[0], paths[4]);
+    release_clock();
+    EXPECT_EQ(paths[0], paths[1]);
+    EXPECT_NE(paths[0], paths[2]);
 }
 
 TEST(NonSmoothSolve, survives_every_lack_of_memory)
@@ -377,24 +313,21 @@ TEST(NonSmoothStatistics, are_those_of_the_final_population)
         ASSERT_EQ(varstat(host.lp, 0, 1, mid, disp, lower, upper), 0);
         ASSERT_EQ(constat(host.lp, 0, 0, mid + 2, disp + 2, lower + 2, upper + 2), 0);
         for (std::size_t i = 0; i < 3; ++i) {
-            double mean = 0.0, squares = 0.0, least = 1e30, most = -1e30;
-            for (const Reals& x : members) {
-                mean += x[i] / 25.0;
-                least = std::min(least, x[i]);
-                most = std::max(most, x[i]);
-            }
+            double mean = 0.0, squares = 0.0;
+            for (const Reals& x : members) mean += x[i] / 25.0;
             for (const Reals& x : members) squares += (x[i] - mean) * (x[i] - mean);
+            const auto by_value = [i](const Reals& x, const Reals& y) { return x[i] < y[i]; };
             EXPECT_NEAR(mid[i], mean, 1e-12);
             EXPECT_NEAR(disp[i], std::sqrt(squares / 24.0), 1e-12);
-            EXPECT_EQ(lower[i], least);
-            EXPECT_EQ(upper[i], most);
+            EXPECT_EQ(lower[i], std::ranges::min(members, by_value)[i]);
+            EXPECT_EQ(upper[i], std::ranges::max(members, by_value)[i]);
         }
         EXPECT_EQ(varstat(host.lp, 1, 1, mid, disp, lower, upper), 0);
         EXPECT_EQ(constat(host.lp, 0, 1, mid, disp, lower, upper), 2) << "there is one row";
     }
 }
 
-TEST(NonSmoothStatistics, of_no_member_and_of_infeasible_ones)
+TEST(NonSmoothStatistics, of_no_member_are_empty_and_of_infeasible_ones_are_not)
 {
     const Ticking clock;
     HostModel host(CUT);
@@ -413,44 +346,30 @@ TEST(NonSmoothStatistics, of_no_member_and_of_infeasible_ones)
 
 TEST(NonSmoothFrame, limits_the_size_but_not_with_elastic_variables)
 {
-    const struct {
-        const char* name;
-        std::uint16_t elastic;
-        std::uint32_t flags;
-        std::int32_t reqbounds;
-        EngineResult result;
-    } CASES[] = {
-        {"the widest",               0, RUN_DIRECT,  1, ENGINE_CONVERGED},
-        {"one too many",             1, RUN_DIRECT,  0, ENGINE_BADMODEL },
-        {"elastic",                  1, RUN_ELASTIC, 0, ENGINE_CONVERGED},
-        {"elastic ones have no end", 1, RUN_ELASTIC, 1, ENGINE_UNBOUNDED},
-    };
-    for (const auto& c : CASES) {
+    const auto result = [](std::uint16_t elastic, std::uint32_t flags, std::int32_t reqbounds) {
         const HostModel host({.variables = 400, .functions = always(1.0)});
-        setintparam(host.lp, PARAM_NSPREQBOUNDS, c.reqbounds);
-        const NspRun run(host, c.flags, c.elastic);
-        EXPECT_EQ(run.run.result, c.result) << c.name;
-        EXPECT_EQ(run.ready != 0, c.result == ENGINE_CONVERGED) << c.name;
-    }
+        setintparam(host.lp, PARAM_NSPREQBOUNDS, reqbounds);
+        const NspRun run(host, flags, elastic);
+        EXPECT_EQ(run.ready != 0, run.run.result == ENGINE_CONVERGED);
+        return run.run.result;
+    };
+    EXPECT_EQ(result(0, RUN_DIRECT, 1), ENGINE_CONVERGED) << "the widest";
+    EXPECT_EQ(result(1, RUN_DIRECT, 0), ENGINE_BADMODEL) << "one too many";
+    EXPECT_EQ(result(1, RUN_ELASTIC, 0), ENGINE_CONVERGED);
+    EXPECT_EQ(result(1, RUN_ELASTIC, 1), ENGINE_UNBOUNDED) << "elastic ones have no end";
 }
 
 TEST(NonSmoothFrame, chooses_the_population_by_the_number_of_variables)
 {
-    // variables, request, size
-    const int CASES[][3] = {
-        {1,  0,    10  },
-        {3,  0,    30  },
-        {20, 0,    200 },
-        {21, 0,    200 },
-        {3,  9,    30  },
-        {3,  10,   10  },
-        {3,  1000, 1000}
-    };
-    for (const auto& [variables, request, popsize] : CASES) {
+    const auto size = [](int variables, int request) {
         const HostModel host({.variables = variables, .functions = always(1.0)});
         setintparam(host.lp, PARAM_NSPPOPSIZE, request);
-        EXPECT_EQ(NspRun(host).record().popsize, popsize);
-    }
+        return NspRun(host).record().popsize;
+    };
+    EXPECT_EQ(size(1, 0), 10);
+    EXPECT_EQ(size(21, 0), 200);
+    EXPECT_EQ(size(3, 9), 30);
+    EXPECT_EQ(size(3, 10), 10);
 }
 
 // Scales are magnitudes at the start, where they are as large as the convergence tolerance of 1e-4.
@@ -475,8 +394,6 @@ TEST(NonSmoothFrame, scales_by_the_magnitudes_at_the_start)
     EXPECT_EQ(items(nsp.varscale, 5), (Reals{4.0, 1.0, 1.0, 1e-4, 7.0}));
     EXPECT_EQ(items(nsp.rowscale, 3), (Reals{1.0, 20.0, 50.0}));
     EXPECT_EQ(items(nsp.lower, 5), Reals(5, -10.0)) << "real again";
-    EXPECT_EQ(items(nsp.upper, 5), Reals(5, 10.0));
-    EXPECT_EQ(nsp.rowlower[0], -1e30);
     EXPECT_EQ(nsp.rowupper[0], 4.0);
     EXPECT_EQ(run.run.objective, -1.0) << "in scaled units";
 }
