@@ -8,30 +8,6 @@
 namespace tarnwick {
 namespace {
 
-// Phase 1 has a gradient for x, the objective has none: what isn't passed is zero.
-TEST(SmoothDerivatives, that_the_host_does_not_pass_are_zero)
-{
-    Smooth model{.variables = 2, .senses = "G", .rhs = {4}};
-    model.functions = [](const Reals& x, double& f, Reals& g) {
-        f = std::pow(x[1] - 2, 2);
-        g[0] = x[0] + x[1];
-        return true;
-    };
-    model.derivatives = [](const Reals& x, Reals& c, Reals& a) {
-        c = {0, 2 * (x[1] - 2)};
-        a = {1, 1};
-        return true;
-    };
-    model.lb = {0, 0};
-    model.ub = {3, 9};
-    SmoothHost host(model);
-    setintparam(host.lp, PARAM_NLPDERIVMODE, 2);
-    const Answer answer = host.solve();
-    EXPECT_EQ(answer.status, STAT_OPTIMAL);
-    EXPECT_NEAR(answer.objval, 0.0, 1e-6);
-    expect_stationary(host, answer, 1e-3);
-}
-
 // Strongly curved, with the optimum on bounds: (1, 4, 2) with x y z = 8. The error is in the row's
 // entry for y, and z is fixed, so that its wrong entry is not looked at.
 Smooth curved(double error)
@@ -54,25 +30,14 @@ Smooth curved(double error)
 }
 const double CURVED = 50 + std::exp(4.0) + 80;
 
-TEST(SmoothDerivatives, pass_their_check_when_they_are_right)
+TEST(SmoothDerivatives, end_the_run_when_they_are_wrong_and_not_when_they_are_right)
 {
-    for (const std::int32_t scaling : {-1, 0}) {
-        SmoothHost host(curved(0.0));
-        set(host.lp, PARAM_SCALING, scaling, PARAM_NLPDERIVMODE, 3);
-        const Answer answer = host.solve();
-        EXPECT_EQ(answer.status, STAT_OPTIMAL);
-        EXPECT_NEAR(answer.objval, CURVED, 1e-4);
-    }
-}
-
-TEST(SmoothDerivatives, end_the_run_when_they_are_wrong)
-{
-    for (const double error : {1e-2, -1e-2, 1e300, std::nan("")}) {
+    for (const double error : {0.0, 1e-2, -1e-2, 1e300, std::nan("")}) {
         SCOPED_TRACE(error);
         SmoothHost host(curved(error));
         setintparam(host.lp, PARAM_NLPDERIVMODE, 3);
-        EXPECT_EQ(host.solve().status, STAT_EVALERROR);
-        EXPECT_EQ(host.jacobians, 1);
+        EXPECT_EQ(host.solve().status, error == 0.0 ? STAT_OPTIMAL : STAT_EVALERROR);
+        EXPECT_EQ(host.jacobians == 1, error != 0.0);
     }
 }
 
@@ -91,32 +56,24 @@ TEST(SmoothDerivatives, that_are_wrong_can_be_passed_over)
 // ---- columns that prove constant
 
 // A long way in small steps: x and y bend, the others are linear.
-bool mostly_linear(const Reals& x, double& f, Reals& g)
-{
-    f = 100 * std::pow(x[1] - x[0] * x[0], 2) + std::pow(1 - x[0], 2);
-    g[0] = 0.0;
-    for (std::size_t j = 2; j < 8; ++j) {
-        f += static_cast<double>(j) * x[j];
-        g[0] += x[j];
-    }
-    return true;
-}
-
 TEST(SmoothDerivatives, of_constant_columns_are_spared_after_four_sweeps)
 {
+    Smooth model{.variables = 8, .senses = "G", .rhs = {4}};
+    model.functions = [](const Reals& x, double& f, Reals& g) {
+        f = 100 * std::pow(x[1] - x[0] * x[0], 2) + std::pow(1 - x[0], 2);
+        for (std::size_t j = 2; j < 8; ++j) {
+            f += static_cast<double>(j) * x[j];
+            g[0] += x[j];
+        }
+        return true;
+    };
+    model.start = {-1.2, 1, 1, 1, 1, 1, 1, 1};
+    model.lb = {-9, -9, 0, 0, 0, 0, 0, 0};
+    model.ub = Reals(8, 9.0);
     long evaluations[2];
     for (const int recognise : {0, 1}) {
-        Smooth model{.variables = 8, .functions = mostly_linear, .senses = "G", .rhs = {4}};
-        model.start = {-1.2, 1, 1, 1, 1, 1, 1, 1};
-        model.lb = {-9, -9, 0, 0, 0, 0, 0, 0};
-        model.ub = Reals(8, 9.0);
         SmoothHost host(model);
-        set(host.lp,
-            {
-                {PARAM_NLPRECOGLIN,  recognise},
-                {PARAM_SCALING,      -1       },
-                {PARAM_NLPDERIVMODE, 1        }
-        });
+        set(host.lp, PARAM_NLPRECOGLIN, recognise, PARAM_SCALING, -1, PARAM_NLPDERIVMODE, 1);
         const Answer answer = host.solve();
         EXPECT_TRUE(is_good(answer.status)) << answer.status;
         EXPECT_NEAR(answer.objval, 8.0, 1e-2);
@@ -125,17 +82,13 @@ TEST(SmoothDerivatives, of_constant_columns_are_spared_after_four_sweeps)
     EXPECT_LT(evaluations[1], evaluations[0] * 6 / 10);
 }
 
-// Linear as far as the path goes, until the very last calls, those of the check, which stays between
-// the bounds.
 TEST(SmoothDerivatives, of_columns_that_only_seemed_constant_are_found_out)
 {
     for (const std::int32_t scaling : {-1, 0}) {
         SCOPED_TRACE(scaling);
         long call = 0, bent_from = 1000000;
-        Smooth model{
-            .variables = 3, .senses = "L", .rhs = {900},
-                    .start = { 5, 0, 2}
-        };
+        Smooth model{.variables = 3, .senses = "L", .rhs = {900}};
+        model.start = {5, 0, 2};
         model.lb = {0, -9, -9};
         model.ub = {9, 9, 4};
         model.functions = [&](const Reals& x, double& f, Reals& g) {
@@ -170,10 +123,8 @@ TEST(SmoothDerivatives, that_fail_leave_the_point_in_the_units_of_the_host)
                 if (++call == bad) failed = x;
                 return call != bad;
             };
-            Smooth model{
-                .variables = 2, .senses = "G", .rhs = {100  },
-                        .start = { 110, 0.03}
-            };
+            Smooth model{.variables = 2, .senses = "G", .rhs = {100}};
+            model.start = {110, 0.03};
             model.lb = {90, 0.01};
             model.ub = {120, 0.04};
             model.functions = [&](const Reals& x, double& f, Reals& g) {
