@@ -6,7 +6,7 @@
 #include <cmath>
 #include <vector>
 
-#include "tests/problems/loadedproblem.h"
+#include "bench/problems/loadedproblem.h"
 
 namespace bench {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "tests/problems/problems.h"
+#include "bench/problems/problems.h"
 
 namespace bench {
 

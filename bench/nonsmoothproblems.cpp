@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "bench/nloptpeer.h"
+#include "bench/problems/loadedproblem.h"
 #include "bench/rounds.h"
-#include "tests/problems/loadedproblem.h"
 #include "tests/support/clock.h"
 
 namespace bench {

@@ -7,7 +7,7 @@
 #include <cstdio>
 
 #include "bench/nloptpeer.h"
-#include "tests/problems/loadedproblem.h"
+#include "bench/problems/loadedproblem.h"
 
 namespace bench {
 

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <vector>
 
-#include "tests/problems/loadedproblem.h"
+#include "bench/problems/loadedproblem.h"
 #include "tests/support/clock.h"
 
 namespace tarnwick {

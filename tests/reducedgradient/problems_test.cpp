@@ -4,7 +4,7 @@
 #include <cmath>
 #include <cstring>
 
-#include "tests/problems/loadedproblem.h"
+#include "bench/problems/loadedproblem.h"
 
 namespace tarnwick {
 

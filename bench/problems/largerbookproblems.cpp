@@ -3,7 +3,7 @@
 
 #include <numeric>
 
-#include "tests/problems/formulas.h"
+#include "bench/problems/formulas.h"
 
 namespace tarnwick {
 

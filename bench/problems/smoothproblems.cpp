@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "tests/problems/formulas.h"
+#include "bench/problems/formulas.h"
 
 namespace tarnwick {
 

@@ -3,7 +3,7 @@
 // book's; where it gives the optimum in closed form, that form stands here. A row g(x) >= 0 of the
 // book keeps its constant on the left.
 
-#include "tests/problems/formulas.h"
+#include "bench/problems/formulas.h"
 
 namespace tarnwick {
 

@@ -1,4 +1,4 @@
-#include "tests/problems/loadedproblem.h"
+#include "bench/problems/loadedproblem.h"
 
 #include <algorithm>
 #include <cmath>

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "tests/problems/problems.h"
+#include "bench/problems/problems.h"
 #include "tests/support/verifier.h"
 
 namespace tarnwick {

@@ -8,7 +8,7 @@
 #include <cstdlib>
 #include <vector>
 
-#include "tests/problems/formulas.h"
+#include "bench/problems/formulas.h"
 
 namespace tarnwick {
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "tests/problems/problems.h"
+#include "bench/problems/problems.h"
 
 namespace tarnwick {
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "tests/problems/loadedproblem.h"
+#include "bench/problems/loadedproblem.h"
 
 namespace tarnwick {
 
