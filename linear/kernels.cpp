@@ -176,14 +176,13 @@ ratio_steps(double* __restrict steps, const double* __restrict column,
         least = std::min(least, rank(std::fabs(steps[i])));
     }
 
+    // One sum counts the rows in its upper half and adds up their numbers in the lower one.
+    constexpr int HALF = 32;
     const double step = of_rank(least);
-    int rows = 0, row = 0;
-    for (int i = 0; i < whole(width); ++i) {
-        const bool has_it = steps[i] == step;
-        rows += has_it ? 1 : 0;
-        row = has_it ? i : row;
-    }
-    return {step, row, rows};
+    std::int64_t hits = 0;
+    for (std::int64_t i = 0; i < whole(width); ++i)
+        hits += steps[i] == step ? (std::int64_t{1} << HALF) + i : 0;
+    return {step, static_cast<std::int32_t>(hits), static_cast<std::int32_t>(hits >> HALF)};
 }
 
 #if defined(TARNWICK_CLONES)

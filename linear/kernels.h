@@ -49,7 +49,7 @@ int count_entries(const double* values, int width) noexcept;
 // too small or the bound of a magnitude of `infinite` or more, is NaN.
 struct LeastStep {
     double step;  // the smallest, or infinity
-    int row;      // the last row that has it, or 0
+    int row;      // the row that has it, 0 for none; of no meaning where there are several
     int rows;     // how many rows have exactly this step
 };
 LeastStep ratio_steps(double* steps, const double* column, const double* value,
