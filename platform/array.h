@@ -167,8 +167,9 @@ class ArrayBlock {
         template <class T>
         static std::size_t whole_line(std::size_t count) noexcept
         {
-            static_assert(std::is_trivial_v<T> && LINE_BYTES % sizeof(T) == 0);
-            constexpr std::size_t ELEMENTS = LINE_BYTES / sizeof(T);
+            // NOLINTNEXTLINE(bugprone-sizeof-expression): an array may hold pointers.
+            constexpr std::size_t BYTES = sizeof(T), ELEMENTS = LINE_BYTES / BYTES;
+            static_assert(std::is_trivial_v<T> && LINE_BYTES % BYTES == 0);
             return (count + ELEMENTS - 1) / ELEMENTS * ELEMENTS;
         }
 
