@@ -33,13 +33,6 @@ const Layer LAYERS[] = {
     {"tools",           {"tools/", "include/"}                                               },
 };
 
-// What allocates behind the library's back, throws or starts threads.
-const std::vector<std::string> UNUSED_HEADERS = {
-    "any",    "deque",  "exception",     "fstream",       "functional", "iostream", "list",
-    "map",    "mutex",  "ostream",       "regex",         "set",        "sstream",  "stdexcept",
-    "string", "thread", "unordered_map", "unordered_set", "vector",
-};
-
 bool is_allowed(const std::string& included, const Layer& layer)
 {
     return std::any_of(layer.may_include.begin(), layer.may_include.end(), [&](const auto& name) {
@@ -47,11 +40,11 @@ bool is_allowed(const std::string& included, const Layer& layer)
     });
 }
 
-// Calls check(file, header, is_system) for every include of the sources in a folder.
+// Calls check(file, header) for every include of a header of ours by the sources in a folder.
 template <class Check>
 void for_each_include(const char* folder, Check check)
 {
-    static const std::string INCLUDE = "#include ";
+    static const std::string INCLUDE = "#include \"";
     const fs::path root = fs::path(TARNWICK_SOURCE_DIR) / folder;
     if (!fs::exists(root)) return;
 
@@ -62,9 +55,8 @@ void for_each_include(const char* folder, Check check)
         std::ifstream file(entry.path());
         for (std::string line; std::getline(file, line);) {
             if (line.rfind(INCLUDE, 0) != 0) continue;
-            const std::size_t name = INCLUDE.size() + 1;
-            const std::size_t end = line.find_first_of(">\"", name);
-            check(entry.path().string(), line.substr(name, end - name), line[name - 1] == '<');
+            const std::size_t name = INCLUDE.size(), end = line.find('"', name);
+            check(entry.path().string(), line.substr(name, end - name));
         }
     }
 }
@@ -75,22 +67,9 @@ TEST(Layers, a_folder_includes_only_what_lies_below_it)
 {
     int includes = 0;
     for (const Layer& layer : LAYERS)
-        for_each_include(layer.folder, [&](const auto& file, const auto& header, bool is_system) {
-            if (is_system) return;
+        for_each_include(layer.folder, [&](const auto& file, const auto& header) {
             ++includes;
             EXPECT_TRUE(is_allowed(header, layer)) << file << " includes " << header;
         });
     EXPECT_GT(includes, 0) << "no sources were read";
-}
-
-TEST(Layers, the_library_uses_no_header_that_allocates_or_throws)
-{
-    for (const Layer& layer : LAYERS) {
-        if (std::string("tools") == layer.folder) continue;
-        for_each_include(layer.folder, [&](const auto& file, const auto& header, bool is_system) {
-            const bool is_unused = std::find(UNUSED_HEADERS.begin(), UNUSED_HEADERS.end(),
-                                             header) != UNUSED_HEADERS.end();
-            EXPECT_FALSE(is_system && is_unused) << file << " includes " << header;
-        });
-    }
 }

@@ -228,27 +228,6 @@ TEST(Branch, searches_trees_of_a_hundred_thousand_nodes_and_of_great_depth)
     EXPECT_EQ(deep.x, Reals{5000});
 }
 
-// What the engine attaches goes to nodes and is released with them, or at once.
-TEST(Branch, survives_a_failure_of_each_allocation)
-{
-    bool complete = false;
-    for (long allowed = 0; !complete; ++allowed) {
-        SCOPED_TRACE(allowed);
-        Search search(range(0, 15),
-                      halving([](double l, double u) { return u == l ? 99.0 - l : 1.0; }));
-        search.attaches = true;
-        const long before = blocks_alive();
-        allow_allocations(allowed);
-        search.go();
-        complete = !allocation_failed();
-        allow_all_allocations();
-        EXPECT_EQ(blocks_alive(), before);
-        EXPECT_EQ(search.run.result, complete ? ENGINE_OPTIMAL : ENGINE_NOMEMORY);
-        EXPECT_TRUE(!complete || search.x == Reals{15.0});
-        ASSERT_LT(allowed, 200);
-    }
-}
-
 TEST(Branch, an_engine_that_gives_up_decides_the_result)
 {
     // clang-format off

@@ -129,21 +129,6 @@ TEST(EvalJacobian, visits_elastic_variables_behind_the_columns)
     endrun(model.control);
 }
 
-TEST(EvalJacobian, hands_out_what_was_loaded_as_the_mode_wants_it)
-{
-    for (const bool is_ole : {false, true}) {
-        DerivativeModel m(is_ole);
-        const ArrayMode mode(is_ole);
-        loadnltype(m.lp, m.objtype.pass(), m.matvaltype.pass());
-        EXPECT_EQ(m.ask(0), 7);
-        const std::vector<const void*> loaded{m.obj.pass(),       m.matbeg.pass(), m.matcnt.pass(),
-                                              m.matind.pass(),    m.matval.pass(), m.objtype.pass(),
-                                              m.matvaltype.pass()};
-        EXPECT_EQ(handed, loaded);
-        EXPECT_EQ(point, (Reals{3, 4}));
-    }
-}
-
 TEST(EvalJacobian, fails_in_ole_array_mode_for_a_model_without_references)
 {
     DerivativeModel model;

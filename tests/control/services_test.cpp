@@ -114,29 +114,6 @@ TEST(Progress, watches_the_clock)
 
 // ---- settings and results
 
-// What stands behind the other selectors is seen by the engines that ask, and by their tests.
-TEST(Services, know_limits_and_no_other_selectors)
-{
-    const LoadedModel model(FEASIBLE_AT_ONCE);
-    SolveControl& c = model.lp->control;
-    c.iterlimit = 11, c.timelimit = 12.9, c.nodelimit = 13, c.intsollimit = 14, c.popsize = 15;
-    c.stalltime = 16, c.reserved1092 = 17;
-    for (std::int32_t k = 0; k < 6; ++k) EXPECT_EQ(getrunparam(&c, k), 11 + k);
-    const auto number = [&c](std::int32_t selector) {
-        double value = -1.0;
-        const std::int32_t is_known = getdblinfo(&c, &value, selector);
-        return std::pair(is_known, value);
-    };
-    EXPECT_EQ(number(INFO_RESERVED1092), std::pair(1, 17.0));
-    EXPECT_EQ(number(INFO_CONSTANT), std::pair(1, 1e-4));
-    for (const std::int32_t selector : {-1, 15}) {
-        EXPECT_EQ(getintinfo(&c, selector), 0);
-        EXPECT_EQ(getrunparam(&c, selector), 0);
-        EXPECT_EQ(getcapability(&c, selector), 0U);
-        EXPECT_EQ(number(selector), std::pair(0, 1e-8));
-    }
-}
-
 TEST(Services, store_the_smaller_slack_of_a_ranged_row)
 {
     const LoadedModel model({

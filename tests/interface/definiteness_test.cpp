@@ -4,7 +4,6 @@
 #include <tuple>
 
 #include "interface/problem.h"
-#include "tests/support/memory.h"
 #include "tests/support/models.h"
 
 namespace tarnwick {
@@ -70,22 +69,6 @@ TEST(Definiteness, of_a_sparse_q_adds_the_entries_of_one_place)
     EXPECT_EQ(code_of({2, 0}, {0, 0, 0}, {-3.0, 2.0, 0.0}), 5) << "the sum is negative";
     EXPECT_EQ(code_of({2, 0}, {0, 2, 0}, {1.0, -9.0, 0.0}), 0) << "a row that names nothing";
     EXPECT_EQ(code_of({1, 2}, {0, 0, 1}, {1.0, 2.5, 1.0}), 5) << "one triangle";
-}
-
-TEST(Definiteness, without_memory_the_test_fails_and_the_model_stays)
-{
-    Columns model(2);
-    const long alive = blocks_alive();
-    bool failed = true;
-    for (long allowed = 0; failed; ++allowed) {
-        allow_allocations(allowed);
-        const std::int32_t code = model.load({1.0, 0.0, 0.0, 1.0});
-        failed = allocation_failed();
-        allow_all_allocations();
-        EXPECT_EQ(blocks_alive(), alive);
-        EXPECT_EQ(code, failed ? 5 : 0);
-        EXPECT_EQ(model.lp->problemtype, PROB_QP);
-    }
 }
 
 }  // namespace

@@ -76,26 +76,6 @@ TEST(Unload, keeps_the_callers_variable)
     expect_told(unloadprob(nullptr), 1, "unloadprob", "lp_p is not valid");
 }
 
-TEST(ProblemLimits, are_given_for_every_type)
-{
-    const char* const title = "getproblimits";
-    const MessageLog log;
-    std::int32_t cols = -7, rows = -7, ints = -7, *const none = nullptr;
-    expect_told(getproblimits(nullptr, 2, none, none, none), 2, title, "numcols_p is NULL");
-    expect_told(getproblimits(nullptr, 2, &cols, none, none), 3, title, "numrows_p is NULL");
-    expect_told(getproblimits(nullptr, 2, &cols, &rows, none), 4, title, "numints_p is NULL");
-    for (const std::int32_t type : {-1, 2, 28})
-        expect_told(getproblimits(nullptr, type, &cols, &rows, &ints), 1, title,
-                    "problem type is invalid");
-    EXPECT_EQ(cols, -7) << "nothing is given";
-    for (const std::int32_t type : {0, 1, 4, 8, 12, 16, 20, 24}) {
-        EXPECT_EQ(getproblimits(nullptr, type, &cols, &rows, &ints), 0) << type;
-        EXPECT_EQ(cols, type <= PROB_MIQP ? 2000 : 400) << type;
-        EXPECT_EQ(rows, type <= PROB_MIQP ? 8192 : 200) << type;
-        EXPECT_EQ(ints, cols) << type;
-    }
-}
-
 // The module definition: what the public header declares, by name, and the rest by number.
 TEST(Exports, module_definition_is_printed_from_the_table)
 {

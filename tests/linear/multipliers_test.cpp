@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 
 #include "linear/ldl.h"
-#include "linear/svd.h"
-#include "tests/support/enginerun.h"
 #include "tests/support/verifier.h"
 
 namespace tarnwick {
@@ -44,86 +41,29 @@ TEST(Multipliers, are_those_of_the_first_order_conditions)
     }
 }
 
-// ---- the factorisations
-
-struct Square {
-    Matrix u, v;
-    Vec<double> w, scratch;
-    ArrayBlock memory;
-    Square(int m, int n)
-    {
-        EXPECT_TRUE(memory.create([&](auto& layout) {
-            layout(u, m, n);
-            layout(v, n, n);
-            layout(w, n);
-            layout(scratch, n);
-        }));
-    }
-};
-
-TEST(Decomposition, gives_orthogonal_factors_whose_product_is_the_matrix)
-{
-    // clang-format off
-    const struct {
-        const char* name;
-        std::vector<Reals> rows;
-        double largest;  // singular value
-    } MATRICES[] = {
-        {"a diagonal",         {{3, 0}, {0, -4}},                      4},
-        {"zeros",              {{0, 0}, {0, 0}, {0, 0}},               0},
-        {"rank one",           {{1, 2}, {2, 4}, {2, 4}},               std::sqrt(45.0)},
-        {"a zero in the diagonal of the bidiagonal", {{0, 1, 0}, {0, 0, 1}, {0, 0, 0}}, 1},
-        {"one column",         {{2}, {3}, {6}},                        7},
-        {"the Hilbert matrix", {{1, 1.0 / 2, 1.0 / 3}, {1.0 / 2, 1.0 / 3, 1.0 / 4}, {1.0 / 3, 1.0 / 4, 1.0 / 5}}, 1.4083189271236543},
-    };
-    // clang-format on
-    const LoadedModel loaded(CASES[0].model);
-    EngineRun engine(loaded.lp);
-    ASSERT_EQ(engine.solve(), ENGINE_OPTIMAL);
-    for (const auto& c : MATRICES) {
-        SCOPED_TRACE(c.name);
-        const int m = static_cast<int>(c.rows.size()), n = static_cast<int>(c.rows[0].size());
-        const Square s(m, n);
-        for (int i = 1; i <= m; ++i)
-            std::copy_n(c.rows[static_cast<std::size_t>(i - 1)].data(), n, s.u[i] + 1);
-        ASSERT_TRUE(decompose(engine.record(), s.u, m, n, s.w, s.v, s.scratch));
-        const double tol = 1e-14 * (1.0 + c.largest);
-        EXPECT_NEAR(*std::max_element(s.w.first(), s.w.first() + n), c.largest, tol);
-        for (int k = 1; k <= n; ++k) {
-            EXPECT_GE(s.w[k], 0.0);
-            for (int l = 1; l <= n; ++l) {
-                double product = 0.0;
-                for (int j = 1; j <= n; ++j) product += s.v[j][k] * s.v[j][l];
-                EXPECT_NEAR(product, k == l ? 1.0 : 0.0, 1e-14);
-            }
-        }
-        for (int i = 1; i <= m; ++i)
-            for (int j = 1; j <= n; ++j) {
-                double rest =
-                    c.rows[static_cast<std::size_t>(i - 1)][static_cast<std::size_t>(j - 1)];
-                for (int k = 1; k <= n; ++k) rest -= s.u[i][k] * s.w[k] * s.v[j][k];
-                EXPECT_NEAR(rest, 0.0, tol);
-            }
-    }
-    const Square wide(2, 2);
-    EXPECT_FALSE(decompose(engine.record(), wide.u, 1, 2, wide.w, wide.v, wide.scratch));
-}
+// ---- the factorisation
 
 TEST(Factors, solve_a_definite_system_and_refuse_others)
 {
+    Matrix u;
+    Vec<double> w;
+    ArrayBlock memory;
+    ASSERT_TRUE(memory.create([&](auto& layout) {
+        layout(u, 2, 2);
+        layout(w, 2);
+    }));
     // 4x + 2y = 8, 2x + 3y = 8 has the solution (1, 2).
-    Square s(2, 2);
-    const auto factor = [&s](double a, double b, double d) {
-        s.u[1][1] = a;
-        s.u[1][2] = s.u[2][1] = b;
-        s.u[2][2] = d;
-        return factorldl(s.u, 2);
+    const auto factor = [&u](double a, double b, double d) {
+        u[1][1] = a;
+        u[1][2] = u[2][1] = b;
+        u[2][2] = d;
+        return factorldl(u, 2);
     };
     ASSERT_TRUE(factor(4, 2, 3));
-    s.w[1] = s.w[2] = 8.0;
-    solveldl(s.u, s.w);
-    EXPECT_NEAR(s.w[1], 1.0, 1e-15);
-    EXPECT_NEAR(s.w[2], 2.0, 1e-15);
+    w[1] = w[2] = 8.0;
+    solveldl(u, w);
+    EXPECT_NEAR(w[1], 1.0, 1e-15);
+    EXPECT_NEAR(w[2], 2.0, 1e-15);
     EXPECT_FALSE(factor(1, 1, 1));
     EXPECT_FALSE(factor(std::nan(""), 1, 1));
 }

@@ -20,11 +20,9 @@ constexpr double NONE = std::numeric_limits<double>::quiet_NaN();
 // clang-format off
 const LinearModel SMALL{{{{1, 2, 1}, 'L', 8}, {{2, -1, 1}, 'G', 1}, {{1, 1, 3}, 'E', 6}},
                         {-1, 2, 1}, {0, 1, -5}, {5, 6, 7}};
-const LinearModel ONE_ROW{{{{1}, 'L', 3}}, {-1}};
 const LinearModel TINY_PIVOT{{{{1, 1e-7}, 'E', 1}}, {0, -1}, {0, 0}, {INF, 1e9}};  // less than PARAM_PIVOTTOL
 const LinearModel TWO_ROWS{{{{1}, 'L', 3}, {{2}, 'L', 9}}, {1}, {}, {}, -1};
 const LinearModel TWO_COLUMNS{{{{1, 1}, 'L', 5}}, {-1, -2}, {0, 0}, {9, 9}};
-const LinearModel CONTRADICTION{{{{1}, 'G', 2}, {{1}, 'L', 1}, {{1}, 'E', 5}}, {-1}, {-INF}, {INF}, -1};
 // clang-format on
 
 // ---- what can't be a number
@@ -161,39 +159,6 @@ TEST(Probing, sees_through_the_declared_type)
     }
 }
 
-TEST(SetUp, counts_elastic_columns_against_the_limit)
-{
-    LinearModel model{{}, {1}};
-    for (int i = 0; i < 1999; ++i) model.rows.push_back({{1}, 'L', 1.0});
-    for (const bool one_more : {false, true}) {
-        if (one_more) model.rows.push_back({{1}, 'L', 1.0});
-        const LoadedModel loaded(model);
-        loaded.lp->control.elasticmode = 1;
-        EngineRun engine(loaded.lp);
-        EXPECT_EQ(engine.ready, one_more ? 0 : 1);
-        EXPECT_EQ(engine.run.result, one_more ? ENGINE_BADMODEL : ENGINE_OPTIMAL);
-    }
-}
-
-TEST(SetUp, solves_an_elastic_model_for_its_least_violation)
-{
-    for (const auto layout : {MatrixLayout::sparse, MatrixLayout::dense}) {
-        const LoadedModel loaded(CONTRADICTION, layout);
-        loaded.lp->control.elasticmode = 1;
-        EngineRun engine(loaded.lp, RUN_REPEATED);
-        ASSERT_EQ(engine.ready, 1);
-        EXPECT_EQ(engine.run.numvars, 5);
-        EXPECT_EQ(engine.solve(), ENGINE_OPTIMAL);
-        EXPECT_EQ(engine.run.objective, 4.0) << "x = 5 violates the second row alone";
-
-        engine.run.ub[2] = 0.0;  // the second row holds
-        EXPECT_EQ(engine.solve(), ENGINE_OPTIMAL);
-        EXPECT_EQ(engine.run.objective, 5.0);
-        engine.run.ub[1] = 0.0;  // and the first
-        EXPECT_EQ(engine.solve(), ENGINE_INFEASIBLE);
-    }
-}
-
 // ---- the check of the answer
 
 TEST(AnswerCheck, notices_a_model_that_is_not_what_was_read)
@@ -229,28 +194,6 @@ TEST(AnswerCheck, rejects_a_point_that_a_small_pivot_has_let_pass)
     setintparam(loaded.lp, PARAM_SCALING, -1);
     EXPECT_EQ(solve(loaded.lp).status, STAT_MODELCHECK);
     expect_optimal(TINY_PIVOT, solve(TINY_PIVOT));
-}
-
-TEST(Finish, stores_what_belongs_to_the_point_that_is_left)
-{
-    const LoadedModel loaded(ONE_ROW);
-    const auto expect_stored = [&loaded](double x, double objval, double slack) {
-        EXPECT_EQ(loaded.lp->x[0], x);
-        EXPECT_EQ(loaded.lp->objval, objval);
-        EXPECT_EQ(loaded.lp->slack[0], slack);
-    };
-    {
-        EngineRun engine(loaded.lp, RUN_REPEATED);
-        EXPECT_EQ(engine.solve(), ENGINE_OPTIMAL);
-        engine.run.x[0] = 1.0;  // a strategy's choice
-    }
-    expect_stored(1.0, -1.0, 2.0);
-    {
-        EngineRun engine(loaded.lp);
-        loaded.lp->obj[0] = -2.0;
-        EXPECT_EQ(engine.solve(), ENGINE_MODELCHECK);
-    }
-    expect_stored(3.0, -6.0, 0.0);
 }
 
 }  // namespace

@@ -57,16 +57,5 @@ TEST(Scaling, centres_rows_then_columns_then_the_costs)
     EXPECT_EQ(lp.lower[1], -INF);
 }
 
-TEST(Scaling, off_leaves_all_but_the_smallest_entries)
-{
-    const LoadedModel loaded(BADLY_SCALED);
-    setintparam(loaded.lp, PARAM_SCALING, -1);
-    EngineRun engine(loaded.lp);
-    LpEngine& lp = engine.record();
-    for (int i = 0; i <= 3; ++i) EXPECT_EQ(lp.rowexp[i], 0);
-    EXPECT_EQ(lp.tableau[1][2], 1024.0);
-    EXPECT_EQ(lp.tableau[2][2], 0.0);
-}
-
 }  // namespace
 }  // namespace tarnwick

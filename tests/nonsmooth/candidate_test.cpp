@@ -124,32 +124,6 @@ TEST(Rounding, takes_the_nearest_whole_number_within_the_bounds)
     }
 }
 
-TEST(Repair, carries_the_values_of_the_repaired_point)
-{
-    Engine engine(one_row("L", 0.0));
-    NspEngine& nsp = engine.nsp;
-    engine.host.model.functions = [](const Reals& x, double& objective, Reals& rows) {
-        objective = -x[0];
-        rows[0] = x[0] - 0.5;
-        return true;
-    };
-    const NspMember* const infeasible = engine.add({3.0}, -3.0, 1.0);
-    EXPECT_EQ(nsp_repair(nsp, infeasible), CANDIDATE_REFUSED) << "there is nothing to draw it to";
-
-    engine.add({-1.0}, 1.0);
-    int repaired = 0;
-    for (int k = 0; k < 200; ++k) {
-        nsp.point[0] = 4.0;
-        if (nsp_repair(nsp, infeasible) != CANDIDATE_STANDS) continue;
-        ++repaired;
-        ASSERT_LE(nsp.point[0], 0.5);
-        ASSERT_EQ(nsp.objective, -nsp.point[0]);
-        ASSERT_EQ(nsp.fitness, nsp.objective);
-    }
-    // Shares u, 2u/3, u/3 of the way from -1 to 4 must lie below 0.3: 0.3, then 0.45, then 0.9.
-    EXPECT_NEAR(repaired / 200.0, 1.0 - 0.7 * 0.55 * 0.1, 0.05);
-}
-
 TEST(Accounts, count_a_failure_row_as_an_iteration_and_watch_the_stall_clock)
 {
     set_clock(5000);

@@ -33,8 +33,7 @@ inline HostFunctions always(double objective)
 // nspfinish at the end. The first run, cut short, makes the arrays for the results.
 class NspRun {
   public:
-    explicit NspRun(const HostModel& host, std::uint32_t flags = RUN_DIRECT,
-                    std::uint16_t elasticcount = 0)
+    explicit NspRun(const HostModel& host)
     {
         SolveControl& control = host.lp->control;
         const std::int32_t limit = std::exchange(control.iterlimit, 0);
@@ -42,14 +41,13 @@ class NspRun {
         control.iterlimit = limit;
 
         run.control = &control;
-        run.flags = flags;
+        run.flags = RUN_DIRECT;
         if (!host.model.ctype.empty()) {
             static_cast<void>(run.intflags.create(host.model.ctype.size()));
             getintflags(&control, run.intflags.data());
         }
         beginrun(&control, 0);
-        control.elasticcount = elasticcount;
-        ready = nspinit(run);
+        EXPECT_EQ(nspinit(run), 1);
     }
     ~NspRun()
     {
@@ -62,7 +60,6 @@ class NspRun {
     NspEngine& record() { return *static_cast<NspEngine*>(run.engine); }
 
     SolveRun run{};
-    std::int32_t ready = 0;  // what nspinit returned
 };
 
 // Ranks a member with the given values. A penalty makes it infeasible.

@@ -70,12 +70,8 @@ const struct {
 } OPTIMA[] = {
     {{.name = "a kink inside the box", .variables = 3, .functions = distances}, 1.0, 0.05},
     {{.name = "maximised: a corner", .variables = 2, .functions = distances, .objsen = -1}, 27, 1e-6},
-    {{.name = "a row cuts the optimum off", .variables = 2, .functions = distances,
-      .senses = "L", .rhs = {4}}, 3.0, 0.02},
     {{.name = "a range", .variables = 2, .functions = distances,
       .senses = "R", .rhs = {9}, .lb = {0, 0}, .ranges = {-7}}, 1.0, 0.05},
-    {{.name = "a variable that can't move", .variables = 2, .functions = distances,
-      .lb = {7, -10}, .ub = {7, 10}}, 5.0, 0.05},
     {{.name = "scales that round", .variables = 3, .functions = distances,
       .senses = "L", .rhs = {4}, .start = {0.13, 0.7, 1.7}, .lb = {-0.1, 0.3, -7},
       .ub = {0.8, 1.1, 7}, .ctype = "CCI"}, 6.0, 0.05},
@@ -114,30 +110,23 @@ const struct {
     Settings settings;
     std::int32_t status;
 } ENDINGS[] = {
-    {"the smallest population",      KINK,      {{PARAM_NSPPOPSIZE, 10}}, 65},
     {"only crossovers",              KINK,      {{PARAM_NSPMUTATION, 0}}, 65},
     {"never converges",              KINK,      {{PARAM_NSPSTALLTIME, 0}, {PARAM_NLPCONVTOL, 0}}, 66},
     {"no iteration",                 KINK,      {{PARAM_ITERLIMIT, 0}}, 5},
     {"no crossover",                 KINK,      {{PARAM_NODELIMIT, 0}}, 105},
-    {"one crossover",                KINK,      {{PARAM_NODELIMIT, 1}, {PARAM_NSPMUTATION, 0}}, 105},
     {"no feasible member",           KINK,      {{PARAM_INTSOLLIMIT, 0}}, 104},
     {"no time",                      KINK,      {{PARAM_TIMELIMIT, 0}}, 7},
-    {"no time, integer",             WHOLE,     {{PARAM_TIMELIMIT, 0}}, 107},
     {"no time, nor a point",         WHOLE_CUT, {{PARAM_TIMELIMIT, 0}}, 108},
     {"infeasible",                   CUT,       {{PARAM_NSPSTALLTIME, 0}}, 2},
     {"infeasible, integer",          WHOLE_CUT, {{PARAM_NSPSTALLTIME, 0}}, 103},
     {"fails at the start",       {.functions = fails},             {},                67},
     {"NaN for an objective",     {.functions = always(NaN)},       {{PARAM_SCALING, -1}},   67},
-    {"nothing is ever better",   {.functions = always(5.0)},       {{PARAM_NSPSTALLTIME, 0}},  66},
     {"huge objective",           {.functions = always(1e308)},     {{PARAM_NSPSTALLTIME, 0}},  66},
     {"the same, unscaled", {.functions = always(1e308)}, {{PARAM_NSPSTALLTIME, 0}, {PARAM_SCALING, -1}}, 2},
     {"NaN for a start",          {.functions = always(5.0), .start = {NaN}},  {},     201},
-    {"lower bound missing",      {.functions = distances, .lb = {-1e30}},     {},     3},
     {"upper bound missing",      {.functions = distances, .ub = {1e30}},      {},     3},
     {"bounds crossed",           {.functions = distances, .lb = {2}, .ub = {1}}, {},  2},
-    {"the same, integer", {.functions = distances, .lb = {2}, .ub = {1}, .ctype = "I"}, {}, 103},
     {"NaN for a bound",          {.functions = distances, .lb = {NaN}},       {},     2},
-    {"NaN for a right-hand side", {.functions = distances, .senses = "L", .rhs = {NaN}}, {}, 2},
 };
 // clang-format on
 
@@ -327,37 +316,7 @@ TEST(NonSmoothStatistics, are_those_of_the_final_population)
     }
 }
 
-TEST(NonSmoothStatistics, of_no_member_are_empty_and_of_infeasible_ones_are_not)
-{
-    const Ticking clock;
-    HostModel host(CUT);
-    double mid, disp, lower, upper;
-    set(host.lp, PARAM_ITERLIMIT, 0, PARAM_NSPSTALLTIME, 0);
-    host.solve();
-    varstat(host.lp, 0, 0, &mid, &disp, &lower, &upper);
-    EXPECT_EQ((Reals{mid, disp, lower, upper}), (Reals{0.0, 0.0, 1e30, -1e30}));
-    set(host.lp, PARAM_ITERLIMIT, 9999);
-    host.solve();
-    varstat(host.lp, 0, 0, &mid, &disp, &lower, &upper);
-    EXPECT_TRUE(-10.0 <= lower && lower <= mid && mid <= upper && upper <= 10.0);
-}
-
 // ---- the frame
-
-TEST(NonSmoothFrame, limits_the_size_but_not_with_elastic_variables)
-{
-    const auto result = [](std::uint16_t elastic, std::uint32_t flags, std::int32_t reqbounds) {
-        const HostModel host({.variables = 400, .functions = always(1.0)});
-        setintparam(host.lp, PARAM_NSPREQBOUNDS, reqbounds);
-        const NspRun run(host, flags, elastic);
-        EXPECT_EQ(run.ready != 0, run.run.result == ENGINE_CONVERGED);
-        return run.run.result;
-    };
-    EXPECT_EQ(result(0, RUN_DIRECT, 1), ENGINE_CONVERGED) << "the widest";
-    EXPECT_EQ(result(1, RUN_DIRECT, 0), ENGINE_BADMODEL) << "one too many";
-    EXPECT_EQ(result(1, RUN_ELASTIC, 0), ENGINE_CONVERGED);
-    EXPECT_EQ(result(1, RUN_ELASTIC, 1), ENGINE_UNBOUNDED) << "elastic ones have no end";
-}
 
 TEST(NonSmoothFrame, chooses_the_population_by_the_number_of_variables)
 {

@@ -9,30 +9,6 @@
 namespace tarnwick {
 namespace {
 
-TEST(Arrays, keep_what_they_had_when_memory_runs_out)
-{
-    const long alive = blocks_alive();
-    {
-        Array<std::int32_t> array;
-        EXPECT_TRUE(array.create(0));
-        EXPECT_FALSE(array) << "no elements need no block";
-        ASSERT_TRUE(array.create(3));
-        for (std::size_t k = 0; k < 3; ++k) EXPECT_EQ(std::exchange(array[k], 7), 0);
-
-        allow_allocations(0);
-        EXPECT_FALSE(array.create(5));
-        allow_all_allocations();
-        EXPECT_EQ(array[2], 7);
-
-        Array<std::int32_t> other = std::move(array);
-        EXPECT_EQ(other[2], 7);
-        EXPECT_FALSE(array);  // NOLINT(bugprone-use-after-move): it is empty, not unspecified
-        ASSERT_TRUE(other.create(4));
-        EXPECT_EQ(other[2], 0) << "replaced by zeros";
-    }
-    EXPECT_EQ(blocks_alive(), alive);
-}
-
 TEST(ArrayBlocks, give_every_array_zeros_and_a_line_of_its_own)
 {
     Vec<double> x;

@@ -85,26 +85,6 @@ TEST(Factor, follows_the_bfgs_formula)
     }
 }
 
-TEST(Factor, loses_a_row_and_gains_one)
-{
-    for (int k = 1; k <= 5; ++k) {
-        SCOPED_TRACE(k);
-        Factored f(7);
-        const Square whole = f.product();
-        Square b{4};
-        for (int i = 1; i <= 4; ++i)
-            for (int j = 1; j <= 4; ++j) b[i][j] = whole[i + (i >= k)][j + (j >= k)];
-        nlp_factor_delete(f.nlp, k);
-        expect_equal(f.product(), b);
-
-        ++f.nlp.nsuper;
-        nlp_factor_append(f.nlp);
-        b.n = 5;
-        b[5][5] = 1.0;
-        expect_equal(f.product(), b);
-    }
-}
-
 TEST(Factor, follows_a_new_order_of_the_superbasics)
 {
     Factored f(3);
