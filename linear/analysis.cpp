@@ -182,17 +182,10 @@ SolutionRecord solution_record(const LpEngine& lp, Vec<double> reduced, Vec<doub
             .duals = duals.first()};
 }
 
-// What is of the same units in one pass: a small model feels each.
-void unscale_analysis(LpEngine& lp) noexcept
+SensitivityRecord sensitivity_record(LpEngine& lp) noexcept
 {
-    unscalecolumns(lp, {lp.lower, lp.x, lp.upper});
-    unscalegradient(lp, {lp.dj, lp.grad, lp.objup, lp.objdown});
-    unscalerowvalues(lp, {lp.rowlower, lp.rowupper, lp.rhs, lp.rhsup, lp.rhsdown});
-    unscaleduals(lp, lp.pi);
-}
-
-SensitivityRecord sensitivity_record(const LpEngine& lp) noexcept
-{
+    unscalegradient(lp, {lp.grad, lp.objup, lp.objdown});
+    unscalerowvalues(lp, {lp.rhs, lp.rhsup, lp.rhsdown});
     return {.columns = lp.n,
             .cost = lp.grad.first(),
             .costup = lp.objup.first(),
@@ -212,7 +205,7 @@ void finishlinear(LpEngine& lp) noexcept
     analyse_columns(lp);
     analyse_rows(lp);
 
-    unscale_analysis(lp);
+    unscale_solution(lp, lp.dj, lp.pi);
     const SolutionRecord solution = solution_record(lp, lp.dj, lp.pi);
     const SensitivityRecord sensitivity = sensitivity_record(lp);
     storesolution(lp.control, &solution, &sensitivity);

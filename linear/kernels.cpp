@@ -315,16 +315,6 @@ struct Magnitudes {
     }
 }
 
-[[gnu::always_inline]] inline void scale_array(double* __restrict values,
-                                               const double* __restrict factors, int width,
-                                               double infinite)
-{
-    for (int k = 0; k < whole(width); ++k) {
-        const double value = values[k], product = value * factors[k];
-        values[k] = std::fabs(value) >= infinite ? value : product;
-    }
-}
-
 [[gnu::always_inline]] inline void scale_array(double* __restrict values, double factor,
                                                const double* __restrict factors, int width,
                                                double infinite)
@@ -375,10 +365,7 @@ void scale_entries(double* const* rows, const double* row_factors, const double*
 void scale_values(double* const* arrays, int count, double factor, const double* factors, int width,
                   double infinite) noexcept
 {
-    if (factor == 1.0)
-        for (int a = 0; a < count; ++a) scale_array(arrays[a], factors, width, infinite);
-    else
-        for (int a = 0; a < count; ++a) scale_array(arrays[a], factor, factors, width, infinite);
+    for (int a = 0; a < count; ++a) scale_array(arrays[a], factor, factors, width, infinite);
 }
 
 }  // namespace tarnwick
