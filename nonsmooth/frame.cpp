@@ -80,14 +80,12 @@ bool nsp_load_settings(NspEngine& nsp) noexcept
 bool nsp_allocate(NspEngine& nsp) noexcept
 {
     return nsp.arrays.create([&nsp](auto& layout) {
-        for (Vec<double>* of_rows :
-             {&nsp.rowvalue, &nsp.blendrowvalue, &nsp.rowlower, &nsp.rowupper, &nsp.bestrowvalue,
-              &nsp.rowscale, &nsp.realrowlower, &nsp.realrowupper})
-            layout(*of_rows, nsp.rows);
-        for (Vec<double>* of_variables :
-             {&nsp.point, &nsp.startpoint, &nsp.blendpoint, &nsp.lower, &nsp.upper, &nsp.bestpoint,
-              &nsp.varscale, &nsp.reallower, &nsp.realupper, &nsp.realpoint})
-            layout(*of_variables, nsp.variables - 1);
+        layout({&nsp.rowvalue, &nsp.blendrowvalue, &nsp.rowlower, &nsp.rowupper, &nsp.bestrowvalue,
+                &nsp.rowscale, &nsp.realrowlower, &nsp.realrowupper},
+               nsp.rows);
+        layout({&nsp.point, &nsp.startpoint, &nsp.blendpoint, &nsp.lower, &nsp.upper,
+                &nsp.bestpoint, &nsp.varscale, &nsp.reallower, &nsp.realupper, &nsp.realpoint},
+               nsp.variables - 1);
     });
 }
 

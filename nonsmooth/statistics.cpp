@@ -68,10 +68,8 @@ Spread rows_of(const NspEngine& nsp) noexcept
 bool create_statistics(NspEngine& nsp) noexcept
 {
     return nsp.statistics.create([&nsp](auto& layout) {
-        for (Vec<double>* of_variables : {&nsp.varmean, &nsp.varstddev, &nsp.varmax, &nsp.varmin})
-            layout(*of_variables, nsp.variables - 1);
-        for (Vec<double>* of_rows : {&nsp.rowmean, &nsp.rowstddev, &nsp.rowmax, &nsp.rowmin})
-            layout(*of_rows, nsp.rows);
+        layout({&nsp.varmean, &nsp.varstddev, &nsp.varmax, &nsp.varmin}, nsp.variables - 1);
+        layout({&nsp.rowmean, &nsp.rowstddev, &nsp.rowmax, &nsp.rowmin}, nsp.rows);
     });
 }
 

@@ -90,31 +90,25 @@ bool create_arrays(NlpEngine& nlp) noexcept
 {
     const int n = nlp.variables, m = nlp.rows;
     return nlp.arrays.create([&nlp, n, m](auto& layout) {
-        for (Vec<double>* of_variables :
-             {&nlp.varlower, &nlp.varupper, &nlp.realvarlower, &nlp.realvarupper, &nlp.startpoint,
-              &nlp.lastpoint, &nlp.objgradient, &nlp.realpoint, &nlp.maxpivot, &nlp.bounddistance,
-              &nlp.redgrad, &nlp.prevredgrad, &nlp.gradchange, &nlp.direction, &nlp.superstart,
-              &nlp.reducedcost})
-            layout(*of_variables, n);
-        for (Vec<double>* of_rows :
-             {&nlp.rowlower, &nlp.rowupper, &nlp.realrowlower, &nlp.realrowupper, &nlp.rowvalue,
-              &nlp.startrowvalue, &nlp.rowplus, &nlp.rowminus, &nlp.beststate, &nlp.bestrowvalue,
-              &nlp.rowdual})
-            layout(*of_rows, m + 2);
-        for (Vec<double>* longer : {&nlp.scale, &nlp.point, &nlp.lower, &nlp.upper})
-            layout(*longer, n + m + 3);
+        layout({&nlp.varlower, &nlp.varupper, &nlp.realvarlower, &nlp.realvarupper, &nlp.startpoint,
+                &nlp.lastpoint, &nlp.objgradient, &nlp.realpoint, &nlp.maxpivot, &nlp.bounddistance,
+                &nlp.redgrad, &nlp.prevredgrad, &nlp.gradchange, &nlp.direction, &nlp.superstart,
+                &nlp.reducedcost},
+               n);
+        layout({&nlp.rowlower, &nlp.rowupper, &nlp.realrowlower, &nlp.realrowupper, &nlp.rowvalue,
+                &nlp.startrowvalue, &nlp.rowplus, &nlp.rowminus, &nlp.beststate, &nlp.bestrowvalue,
+                &nlp.rowdual},
+               m + 2);
+        layout({&nlp.scale, &nlp.point, &nlp.lower, &nlp.upper}, n + m + 3);
         const int work = std::max(n, m + 2);
-        for (Vec<double>* of_work :
-             {&nlp.multiplier, &nlp.tangent, &nlp.work1, &nlp.work2, &nlp.work3,
-              &nlp.extrap[0].value, &nlp.extrap[1].value, &nlp.extrap[2].value})
-            layout(*of_work, work);
+        layout({&nlp.multiplier, &nlp.tangent, &nlp.work1, &nlp.work2, &nlp.work3,
+                &nlp.extrap[0].value, &nlp.extrap[1].value, &nlp.extrap[2].value},
+               work);
 
-        for (Vec<std::int32_t>* of_variables :
-             {&nlp.fixed, &nlp.stablecount, &nlp.nonbasic, &nlp.boundside, &nlp.pivotrow})
-            layout(*of_variables, n);
-        for (Vec<std::int32_t>* of_rows : {&nlp.rowkind, &nlp.binding, &nlp.position, &nlp.inactive,
-                                           &nlp.basic, &nlp.basisorder})
-            layout(*of_rows, m + 2);
+        layout({&nlp.fixed, &nlp.stablecount, &nlp.nonbasic, &nlp.boundside, &nlp.pivotrow}, n);
+        layout(
+            {&nlp.rowkind, &nlp.binding, &nlp.position, &nlp.inactive, &nlp.basic, &nlp.basisorder},
+            m + 2);
         layout(nlp.previous, work);
         layout(nlp.columnmark, n + m + 3);
     });

@@ -28,8 +28,7 @@ struct Factored {
         EXPECT_TRUE(nlp.factors.create([this](auto& layout) {
             layout(nlp.factor, factor_size(MOST));
             layout(nlp.refactor, factor_size(MOST));
-            for (Vec<double>* v : {&nlp.direction, &nlp.prevredgrad, &nlp.gradchange, &nlp.work1})
-                layout(*v, MOST);
+            layout({&nlp.direction, &nlp.prevredgrad, &nlp.gradchange, &nlp.work1}, MOST);
         }));
         Draw draw(seed);
         for (int i = 1; i <= SUPERBASICS; ++i) {
