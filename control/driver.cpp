@@ -198,7 +198,10 @@ EngineResult run_engine(Problem& problem) noexcept
 {
     SolveControl& control = problem.control;
     clear_counters(problem);
-    if (control.elasticmode == 0) problem.hasresults = false;  // an elastic run replaces none
+    if (control.elasticmode == 0) {  // an elastic run replaces no results
+        problem.hasresults = false;
+        dropranges(problem);
+    }
     if (!beginrun(&control, 0) || !create_results(problem)) return ENGINE_NOMEMORY;
     fill_engines(control.engines, control);
     return solveproblem(control.engines);

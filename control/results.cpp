@@ -73,10 +73,13 @@ void clear_ranges(int first, int last, const RangeArrays& ranges) noexcept
 void store_sensitivity(Problem& problem, const SensitivityRecord* record) noexcept
 {
     if (!record) {
+        if (!problem.hasranges) return;
         clear_ranges(problem.firstcol, problem.lastcol, problem.colrange);
         clear_ranges(problem.firstrow, problem.lastrow, problem.rowrangeof);
+        problem.hasranges = false;
         return;
     }
+    problem.hasranges = true;
     const auto store = is_nsp_family(problem.problemtype) ? store_statistics : store_ranges;
     store(problem.firstcol, problem.lastcol, {record->cost, record->costup, record->costdown},
           problem.colrange);
@@ -100,6 +103,34 @@ void storesolution(SolveControl* control, const SolutionRecord* solution,
     if (problem.problemtype == PROB_LP || is_nsp_family(problem.problemtype))
         store_sensitivity(problem, sensitivity);
     problem.hasresults = true;
+}
+
+void storeranges(SolveControl& control, const RangeSource& source) noexcept
+{
+    constexpr std::int64_t SMALL = 4096;  // entries of a matrix, 32 kB
+    Problem& problem = *control.problem;
+    if (problem.problemtype != PROB_LP) {
+        source.release(source.engine);
+        return;
+    }
+    problem.rangesource = source;
+    if (std::int64_t{problem.numcols} * problem.numrows > SMALL) readranges(problem);
+}
+
+void readranges(Problem& problem) noexcept
+{
+    const RangeSource& source = problem.rangesource;
+    if (!source.engine) return;
+    const SensitivityRecord record = source.read(source.engine);
+    store_sensitivity(problem, &record);
+    dropranges(problem);
+}
+
+void dropranges(Problem& problem) noexcept
+{
+    RangeSource& source = problem.rangesource;
+    if (source.engine) source.release(source.engine);
+    source.engine = nullptr;
 }
 
 }  // namespace tarnwick

@@ -97,6 +97,13 @@ struct SensitivityRecord {
     const double* rhsdown;  // allowed decrease; statistics: minimum
 };
 
+// An engine that has ended its run and can still tell the ranges of it.
+struct RangeSource {
+    void* engine;
+    SensitivityRecord (*read)(void* engine) noexcept;  // at most once
+    void (*release)(void* engine) noexcept;
+};
+
 // The entries from here on are exported by number: C linkage, the interface's calling convention.
 extern "C" {
 
@@ -156,6 +163,15 @@ std::int32_t TARNWICK_CALL setelastic(SolveControl* control, std::int32_t var, s
                                       std::int32_t action, double* ub) noexcept;
 
 }  // extern "C"
+
+// The ranges of the results just stored; the engine becomes the Problem's. Few hosts ask for ranges,
+// which take a good part of a small run: there they are read when they are asked for, in a large one,
+// whose memory is of more use elsewhere, at once.
+void storeranges(SolveControl& control, const RangeSource& source) noexcept;
+// Reads the ranges that wait to be read.
+void readranges(Problem& problem) noexcept;
+// Does without them.
+void dropranges(Problem& problem) noexcept;
 
 // True for a model given by arrays without a quadratic part and without elastic variables. Its
 // functions are zero at the origin, and doubling the point doubles them to the last bit.

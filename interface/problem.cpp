@@ -50,6 +50,7 @@ void release_problem(Problem* problem) noexcept
     // A plain store to a record whose life ends here is one that the compiler may leave out.
     Problem* volatile& self = problem->self;
     self = nullptr;
+    dropranges(*problem);
     std::destroy_at(problem);
     release_block(problem);
 }

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "control/services.h"
 #include "control/solvecontrol.h"
 #include "include/tarnwick.h"
 #include "platform/array.h"
@@ -77,6 +78,8 @@ struct Problem {
     tarnwick::RangeArrays colrange;
     std::int32_t firstrow, lastrow;
     tarnwick::RangeArrays rowrangeof;
+    bool hasranges;                     // the sensitivity arrays hold something
+    tarnwick::RangeSource rangesource;  // where ranges wait to be read; its engine is null: nowhere
 
     // The stored infeasible subset.
     std::int32_t iisstatus;  // IIS_...

@@ -108,7 +108,7 @@ struct RangeTexts {
     const char* not_mip;
 };
 
-std::int32_t give_ranges(const Problem& problem, const Axis& axis, const Extract& extract,
+std::int32_t give_ranges(Problem& problem, const Axis& axis, const Extract& extract,
                          const RangeTexts& texts, double* lower, double* upper) noexcept
 {
     constexpr const char* IS_ABSENT = "lower or upper is not a valid array";
@@ -127,6 +127,7 @@ std::int32_t give_ranges(const Problem& problem, const Axis& axis, const Extract
     }
     if (!has_trusted_arrays(problem)) return 0;
 
+    readranges(problem);
     extract.give(axis, axis.values.lower, lower);
     extract.give(axis, axis.values.upper, upper);
     return 0;

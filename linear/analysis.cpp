@@ -51,6 +51,16 @@ double direction_of(const LpEngine& lp, int label) noexcept
     return label > lp.n || rests_at_lower(lp, label) ? 1.0 : -1.0;
 }
 
+void read_reduced_costs(LpEngine& lp) noexcept
+{
+    for (int i = 1; i <= lp.m; ++i)
+        if (lp.rowlabel[i] <= lp.n) lp.dj[lp.rowlabel[i]] = 0.0;
+    for (int j = 1; j <= lp.n; ++j)
+        if (lp.collabel[j] <= lp.n) lp.dj[lp.collabel[j]] = negative(lp.tableau[0][j]);
+    if (lp.maximize)
+        for (int j = 1; j <= lp.n; ++j) lp.dj[j] = negative(lp.dj[j]);
+}
+
 // The cost ranges of the basic variables. The arrays of the ratio test are idle by now.
 void range_basic_costs(LpEngine& lp) noexcept
 {
@@ -62,20 +72,18 @@ void range_basic_costs(LpEngine& lp) noexcept
         if (label > lp.n) continue;
         lp.objup[label] = up[i];
         lp.objdown[label] = down[i];
-        lp.dj[label] = 0.0;
     }
 }
 
 void range_nonbasic_cost(LpEngine& lp, int j, int label) noexcept
 {
-    const double cost = lp.tableau[0][j];
+    const double room = std::fabs(lp.tableau[0][j]);
     const bool at_lower = rests_at_lower(lp, label);
-    lp.objdown[label] = at_lower ? std::fabs(cost) : INFINITE_BOUND;
-    lp.objup[label] = at_lower ? INFINITE_BOUND : std::fabs(cost);
-    lp.dj[label] = negative(cost);
+    lp.objdown[label] = at_lower ? room : INFINITE_BOUND;
+    lp.objup[label] = at_lower ? INFINITE_BOUND : room;
 }
 
-void analyse_columns(LpEngine& lp) noexcept
+void range_costs(LpEngine& lp) noexcept
 {
     std::fill_n(lp.rise.data(), lp.tableau.width(), 0.0);
     for (int j = 1; j <= lp.n; ++j) lp.rise[j] = direction_of(lp, lp.collabel[j]);
@@ -83,30 +91,36 @@ void analyse_columns(LpEngine& lp) noexcept
     for (int j = 1; j <= lp.n; ++j)
         if (lp.collabel[j] <= lp.n) range_nonbasic_cost(lp, j, lp.collabel[j]);
     if (!lp.maximize) return;
-
-    for (int j = 1; j <= lp.n; ++j) {
-        std::swap(lp.objup[j], lp.objdown[j]);
-        lp.dj[j] = negative(lp.dj[j]);
-    }
+    for (int j = 1; j <= lp.n; ++j) std::swap(lp.objup[j], lp.objdown[j]);
 }
 
 // ---- rows
 
-void store_row_range(LpEngine& lp, int k, double up, double down) noexcept
+// Whether the logical variable of row k falls when the right-hand side rises.
+bool is_slack(const LpEngine& lp, int k) noexcept
 {
-    if (lp.senses[k].flips % 2 != 0) std::swap(up, down);
-    lp.rhsup[k] = up;
-    lp.rhsdown[k] = down;
+    return (lp.senses[k].sense == '<') != (lp.senses[k].flips % 2 != 0);
 }
 
-// The logical variable is basic: its value is the room on one side.
-void range_free_row(LpEngine& lp, int k, double value) noexcept
+// A nonbasic logical variable means a binding row, which has a dual.
+void read_duals(LpEngine& lp) noexcept
 {
-    lp.pi[k] = 0.0;
-    if (lp.senses[k].sense == '<')
-        store_row_range(lp, k, INFINITE_BOUND, value);
-    else
-        store_row_range(lp, k, value, INFINITE_BOUND);
+    for (int i = 1; i <= lp.m; ++i)
+        if (lp.rowlabel[i] > lp.n) lp.pi[lp.rowlabel[i] - lp.n] = 0.0;
+    for (int j = 1; j <= lp.n; ++j) {
+        if (lp.collabel[j] <= lp.n) continue;
+        const int k = lp.collabel[j] - lp.n;
+        lp.pi[k] = is_slack(lp, k) ? 0.0 + lp.tableau[0][j] : negative(lp.tableau[0][j]);
+    }
+    if (lp.maximize)
+        for (int k = 1; k <= lp.m; ++k) lp.pi[k] = negative(lp.pi[k]);
+}
+
+// The right-hand side of row k can move as far as its logical variable can.
+void store_row_range(LpEngine& lp, int k, double rise, double fall) noexcept
+{
+    lp.rhsup[k] = is_slack(lp, k) ? fall : rise;
+    lp.rhsdown[k] = is_slack(lp, k) ? rise : fall;
 }
 
 // How far the variable of each column could move before a basic variable meets a bound.
@@ -126,30 +140,17 @@ void find_room_of_columns(LpEngine& lp) noexcept
                  to_upper.data(), lp.tableau.width(), NEGLIGIBLE);
 }
 
-// The logical variable is nonbasic: the row is binding and has a dual.
-void range_binding_row(LpEngine& lp, int k, int j) noexcept
-{
-    const RowSense sense = lp.senses[k];
-    const bool is_mirrored = (sense.sense == '<') != (sense.flips % 2 != 0);
-    lp.pi[k] = is_mirrored ? 0.0 + lp.tableau[0][j] : negative(lp.tableau[0][j]);
-
-    if (sense.sense == '<')
-        store_row_range(lp, k, lp.fall[j], lp.rise[j]);
-    else
-        store_row_range(lp, k, lp.rise[j], lp.fall[j]);
-}
-
-void analyse_rows(LpEngine& lp) noexcept
+// A basic logical variable is itself the room on one side of its row.
+void range_rows(LpEngine& lp) noexcept
 {
     for (int i = 1; i <= lp.m; ++i)
-        if (lp.rowlabel[i] > lp.n) range_free_row(lp, lp.rowlabel[i] - lp.n, lp.tableau[i][0]);
+        if (lp.rowlabel[i] > lp.n)
+            store_row_range(lp, lp.rowlabel[i] - lp.n, lp.tableau[i][0], INFINITE_BOUND);
 
     find_room_of_columns(lp);
     for (int j = 1; j <= lp.n; ++j)
-        if (lp.collabel[j] > lp.n) range_binding_row(lp, lp.collabel[j] - lp.n, j);
-
-    if (lp.maximize)
-        for (int k = 1; k <= lp.m; ++k) lp.pi[k] = negative(lp.pi[k]);
+        if (lp.collabel[j] > lp.n)
+            store_row_range(lp, lp.collabel[j] - lp.n, lp.rise[j], lp.fall[j]);
 }
 
 // ---- storing
@@ -158,11 +159,13 @@ void analyse_rows(LpEngine& lp) noexcept
 void scale_point(LpEngine& lp) noexcept
 {
     if (!lp.pointisscaled) scalecolumns(lp, {lp.x, lp.lower, lp.upper});
+    lp.pointisscaled = true;
 }
 
 void unscale_solution(LpEngine& lp, Vec<double> reduced, Vec<double> duals) noexcept
 {
     unscalecolumns(lp, {lp.lower, lp.x, lp.upper});
+    lp.pointisscaled = false;
     unscalegradient(lp, {reduced});
     unscalerowvalues(lp, {lp.rowlower, lp.rowupper});
     unscaleduals(lp, duals);
@@ -182,8 +185,23 @@ SolutionRecord solution_record(const LpEngine& lp, Vec<double> reduced, Vec<doub
             .duals = duals.first()};
 }
 
-SensitivityRecord sensitivity_record(LpEngine& lp) noexcept
+}  // namespace
+
+void finishlinear(LpEngine& lp) noexcept
 {
+    read_reduced_costs(lp);
+    read_duals(lp);
+    scale_point(lp);
+    unscale_solution(lp, lp.dj, lp.pi);
+    const SolutionRecord solution = solution_record(lp, lp.dj, lp.pi);
+    storesolution(lp.control, &solution, nullptr);
+}
+
+SensitivityRecord readlinearranges(LpEngine& lp) noexcept
+{
+    scale_point(lp);
+    range_costs(lp);
+    range_rows(lp);
     unscalegradient(lp, {lp.grad, lp.objup, lp.objdown});
     unscalerowvalues(lp, {lp.rhs, lp.rhsup, lp.rhsdown});
     return {.columns = lp.n,
@@ -195,20 +213,6 @@ SensitivityRecord sensitivity_record(LpEngine& lp) noexcept
             .rhs = lp.rhs.first(),
             .rhsup = lp.rhsup.first(),
             .rhsdown = lp.rhsdown.first()};
-}
-
-}  // namespace
-
-void finishlinear(LpEngine& lp) noexcept
-{
-    scale_point(lp);
-    analyse_columns(lp);
-    analyse_rows(lp);
-
-    unscale_solution(lp, lp.dj, lp.pi);
-    const SolutionRecord solution = solution_record(lp, lp.dj, lp.pi);
-    const SensitivityRecord sensitivity = sensitivity_record(lp);
-    storesolution(lp.control, &solution, &sensitivity);
 }
 
 // ---- the plain finish

@@ -1,12 +1,15 @@
 #pragma once
 
+#include "control/services.h"
 #include "linear/lpengine.h"
 
 namespace tarnwick {
 
-// Reads duals, reduced costs and ranges from the final tableau of a linear run and stores them with
-// the point. x and rowvalue are in real units on entry.
+// Reads duals and reduced costs from the final tableau of a linear run and stores them with the point.
+// rowvalue is in real units on entry.
 void finishlinear(LpEngine& lp) noexcept;
+// Reads the ranges from the same tableau, once, any time after finishlinear.
+SensitivityRecord readlinearranges(LpEngine& lp) noexcept;
 
 // Stores the point without an analysis. With `diagnose`, the columns and rows that do not fit the
 // linear model in the tableau are marked in the arrays of the reduced costs and duals.

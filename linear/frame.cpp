@@ -259,7 +259,8 @@ std::int32_t lpsolve(SolveRun& run) noexcept
 
 namespace {
 
-void store_results(LpEngine& lp, const SolveRun& run) noexcept
+// True: the results have ranges, which the tableau still holds.
+bool store_results(LpEngine& lp, const SolveRun& run) noexcept
 {
     reportprogress(lp.control, EVENT_FINAL, 0, 0.0);
     if (lp.pointisscaled)
@@ -272,11 +273,19 @@ void store_results(LpEngine& lp, const SolveRun& run) noexcept
     const bool has_tableau = lp.mode == MODE_LINEAR || lp.savedtableau;
     if (run.result == ENGINE_OPTIMAL && is_direct(run) && has_tableau) {
         lp.mode == MODE_LINEAR ? finishlinear(lp) : finishquadratic(lp);
-        return;
+        return lp.mode == MODE_LINEAR;
     }
     // A linear run has consumed its tableau: there is nothing left to diagnose it by.
     finishplain(lp, run.result == ENGINE_MODELCHECK && lp.mode == MODE_NONE);
+    return false;
 }
+
+SensitivityRecord read_ranges(void* engine) noexcept
+{
+    return readlinearranges(*static_cast<LpEngine*>(engine));
+}
+
+void release(void* engine) noexcept { release_engine(static_cast<LpEngine*>(engine)); }
 
 }  // namespace
 
@@ -284,10 +293,13 @@ std::int32_t lpfinish(SolveRun& run) noexcept
 {
     LpEngine* const lp = engine_of(run);
     if (!lp) return 1;
-    if (lp->x) store_results(*lp, run);
+    const bool has_ranges = lp->x && store_results(*lp, run);
     releasebinaries(*lp, run);
-    release_engine(lp);
     run.engine = nullptr;
+    if (has_ranges)
+        storeranges(*run.control, {lp, read_ranges, release});
+    else
+        release_engine(lp);
     return 1;
 }
 

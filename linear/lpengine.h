@@ -81,7 +81,7 @@ struct LpEngine {
     Vec<double> rowprobe;         // m+1, scratch
     bool answerverified = false;  // the first optimum has been checked
     bool rowsarecurrent = false;  // rowvalue holds the rows at x, in scaled units
-    bool pointisscaled = false;   // after the only solve: x, lower and upper wait for the analysis
+    bool pointisscaled = false;   // x, lower and upper, for the analysis after the only solve
 
     // One solve.
     Matrix tableau;                // rows 0..m+1, columns 0..n

@@ -3,10 +3,13 @@
 #include <cmath>
 #include <string>
 
+#include "tests/support/memory.h"
 #include "tests/support/verifier.h"
 
 namespace tarnwick {
 namespace {
+
+std::int32_t TARNWICK_CALL stop(Problem*, std::int32_t) { return 1; }
 
 struct Range {
     double lower, upper;
@@ -51,6 +54,53 @@ TEST(Analysis, gives_duals_and_ranges)
             expect_numbers({a.objlower[j], a.objupper[j]}, {c.costs[j].lower, c.costs[j].upper});
         for (std::size_t i = 0; i < c.pi.size(); ++i)
             expect_numbers({a.rhslower[i], a.rhsupper[i]}, {c.sides[i].lower, c.sides[i].upper});
+    }
+}
+
+// ---- when they are read
+
+// A host may ask late or never. What happens in between, to its arrays too, changes no answer, and
+// what waits to be read goes with the Problem.
+TEST(Analysis, ranges_wait_to_be_asked_for)
+{
+    const LinearModel model = solvable_model(3, {.rows = 6, .cols = 9, .boxed = 0.5});
+    const Answer known = solve(model);
+    ASSERT_EQ(known.status, STAT_OPTIMAL);
+    const long alive = blocks_alive();
+    const auto find_subset = [](LoadedModel& m) {
+        std::int32_t rows = 0, columns = 0;
+        findiis(m.lp, &rows, &columns);
+    };
+    const auto change_arrays = [](LoadedModel& m) { m.obj[0] = m.rhs[0] = m.matval[0] = 77.0; };
+    const auto ask = [](LoadedModel& m) { answer_of(m.lp); };
+    const auto run = [](LoadedModel& m) { optimize(m.lp); };
+    for (const auto event : {+find_subset, +change_arrays, +ask, +run}) {
+        LoadedModel loaded(model), silent(model);
+        optimize(loaded.lp);
+        event(loaded);
+        const Answer got = answer_of(loaded.lp);
+        EXPECT_EQ(got.objlower, known.objlower);
+        EXPECT_EQ(got.objupper, known.objupper);
+        EXPECT_EQ(got.rhslower, known.rhslower);
+        EXPECT_EQ(got.rhsupper, known.rhsupper);
+
+        optimize(silent.lp);
+        event(silent);
+    }
+    EXPECT_EQ(blocks_alive(), alive);
+}
+
+TEST(Analysis, a_run_without_an_optimum_leaves_no_ranges)
+{
+    const LoadedModel loaded({{{{1}, 'G', 2}}, {1}});
+    for (const bool asks : {false, true}) {
+        EXPECT_EQ(optimize(loaded.lp), 0);
+        EXPECT_EQ(asks ? answer_of(loaded.lp).rhsupper : Reals{INF}, Reals{INF});
+        setlpcallbackfunc(loaded.lp, stop);
+        const Answer got = solve(loaded.lp);
+        EXPECT_EQ(got.objlower, Reals{0});
+        EXPECT_EQ(got.rhsupper, Reals{0});
+        setlpcallbackfunc(loaded.lp, nullptr);
     }
 }
 
