@@ -315,15 +315,30 @@ struct Magnitudes {
     }
 }
 
-[[gnu::always_inline]] inline void scale_array(double* __restrict values, double factor,
+[[gnu::always_inline]] inline double scaled(double value, double factor, double infinite)
+{
+    return std::fabs(value) >= infinite ? value : value * factor;
+}
+
+[[gnu::always_inline]] inline void scale_evenly(double* __restrict values, double factor, int width,
+                                                double infinite)
+{
+    for (int k = 0; k < whole(width); ++k) values[k] = scaled(values[k], factor, infinite);
+}
+
+[[gnu::always_inline]] inline void scale_array(double* __restrict values,
                                                const double* __restrict factors, int width,
                                                double infinite)
 {
-    for (int k = 0; k < whole(width); ++k) {
-        const double value = values[k];
-        const double once = std::fabs(value) >= infinite ? value : value * factor;
-        values[k] = std::fabs(once) >= infinite ? once : once * factors[k];
-    }
+    for (int k = 0; k < whole(width); ++k) values[k] = scaled(values[k], factors[k], infinite);
+}
+
+// Clamped to the normal numbers.
+[[gnu::always_inline]] inline double power_of_two(int exponent)
+{
+    constexpr int FRACTION_BITS = 52, BIAS = 1023;
+    const std::int64_t field = std::clamp(exponent, 1 - BIAS, BIAS) + BIAS;
+    return std::bit_cast<double>(field << FRACTION_BITS);
 }
 
 }  // namespace
@@ -365,7 +380,22 @@ void scale_entries(double* const* rows, const double* row_factors, const double*
 void scale_values(double* const* arrays, int count, double factor, const double* factors, int width,
                   double infinite) noexcept
 {
-    for (int a = 0; a < count; ++a) scale_array(arrays[a], factor, factors, width, infinite);
+    for (int a = 0; a < count; ++a) {
+        if (factor != 1.0) scale_evenly(arrays[a], factor, width, infinite);
+        scale_array(arrays[a], factors, width, infinite);
+    }
+}
+
+#if defined(TARNWICK_CLONES)
+[[gnu::target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")]]
+#endif
+void powers_of_two(double* __restrict up, double* __restrict down,
+                   const std::int32_t* __restrict exponents, int width) noexcept
+{
+    for (int k = 0; k < whole(width); ++k) {
+        up[k] = power_of_two(exponents[k]);
+        down[k] = power_of_two(-exponents[k]);
+    }
 }
 
 }  // namespace tarnwick

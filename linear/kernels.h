@@ -95,4 +95,7 @@ void scale_entries(double* const* rows, const double* row_factors, const double*
 void scale_values(double* const* arrays, int count, double factor, const double* factors, int width,
                   double infinite) noexcept;
 
+// up[k] = two to the power of exponents[k], down[k] = its inverse; within the normal numbers.
+void powers_of_two(double* up, double* down, const std::int32_t* exponents, int width) noexcept;
+
 }  // namespace tarnwick

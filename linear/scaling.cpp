@@ -46,15 +46,6 @@ int middle_exponent(double smallest, double largest) noexcept
     return (exponentof(largest) + exponentof(smallest)) / 2;
 }
 
-// The exact power of two. The exponents of rows and columns lie well within those of the numbers,
-// or the probe would have met an overflow.
-double power_of_two(int exponent) noexcept
-{
-    const auto field =
-        static_cast<std::uint64_t>(std::clamp(exponent, -1022, 1023) + EXPONENT_BIAS);
-    return std::bit_cast<double>(field << FRACTION_BITS);
-}
-
 bool all_zero(Vec<const std::int32_t> exponents) noexcept
 {
     const std::int32_t* const first = exponents.first();
@@ -83,6 +74,11 @@ double shiftexponent(double value, int power) noexcept
 
 namespace {
 
+void list_factors(Vec<const std::int32_t> exponents, Vec<double> up, Vec<double> down) noexcept
+{
+    powers_of_two(up.data(), down.data(), exponents.data(), whole_lines(exponents.size()));
+}
+
 // The constants of the rows are no entries: column 0 is zero meanwhile. The arrays of the simplex and
 // of the analysis are idle during set-up.
 void centre_rows(LpEngine& lp) noexcept
@@ -96,11 +92,11 @@ void centre_rows(LpEngine& lp) noexcept
 // What the rows have left of the range of each column.
 void centre_columns(LpEngine& lp) noexcept
 {
-    const Vec<double> smallest = lp.rise, largest = lp.fall, factors = lp.steps;
+    const Vec<double> smallest = lp.rise, largest = lp.fall;
     std::fill_n(smallest.first(), lp.n, std::numeric_limits<double>::infinity());
     std::fill_n(largest.first(), lp.n, 0.0);
-    for (int i = 1; i <= lp.m; ++i) factors[i] = power_of_two(-lp.rowexp[i]);
-    column_magnitudes(smallest.data(), largest.data(), lp.tableau.rows(), factors.data(), lp.m,
+    list_factors(lp.rowexp, lp.rowup, lp.rowdown);
+    column_magnitudes(smallest.data(), largest.data(), lp.tableau.rows(), lp.rowdown.data(), lp.m,
                       lp.tableau.width(), SMALLEST_ENTRY);
     for (int j = 1; j <= lp.n; ++j) lp.colexp[j] = -middle_exponent(smallest[j], largest[j]);
 }
@@ -125,14 +121,6 @@ void centre_objective(LpEngine& lp) noexcept
         lowest = std::min(lowest, exponent);
     }
     lp.rowexp[lp.m + 1] = (highest + lowest) / 2;
-}
-
-void list_factors(Vec<const std::int32_t> exponents, Vec<double> up, Vec<double> down) noexcept
-{
-    for (int k = 0; k <= exponents.size(); ++k) {
-        up[k] = power_of_two(exponents[k]);
-        down[k] = power_of_two(-exponents[k]);
-    }
 }
 
 }  // namespace
