@@ -97,6 +97,7 @@ void storesolution(SolveControl* control, const SolutionRecord* solution,
         storesubset(problem, *solution);
         return;
     }
+    dropranges(problem);
     std::copy_n(solution->point, problem.numcols, problem.x);
     store_duals(problem, *solution);
     store_slacks(problem, *solution);

@@ -3,6 +3,10 @@
 #include <cmath>
 #include <string>
 
+#include "control/driver.h"
+#include "control/services.h"
+#include "interface/problem.h"
+#include "linear/lpengine.h"
 #include "tests/support/memory.h"
 #include "tests/support/verifier.h"
 
@@ -74,7 +78,13 @@ TEST(Analysis, ranges_wait_to_be_asked_for)
     const auto change_arrays = [](LoadedModel& m) { m.obj[0] = m.rhs[0] = m.matval[0] = 77.0; };
     const auto ask = [](LoadedModel& m) { answer_of(m.lp); };
     const auto run = [](LoadedModel& m) { optimize(m.lp); };
-    for (const auto event : {+find_subset, +change_arrays, +ask, +run}) {
+    const auto drive = [](LoadedModel& m) {  // as a host may, by the exported entries
+        EngineTable entries{&m.lp->control, lpinit, lpsolve, lpfinish};
+        beginrun(&m.lp->control, 0);
+        solveproblem(entries);
+        endrun(&m.lp->control);
+    };
+    for (const auto event : {+find_subset, +change_arrays, +ask, +run, +drive}) {
         LoadedModel loaded(model), silent(model);
         optimize(loaded.lp);
         event(loaded);
