@@ -1,7 +1,7 @@
 // Small and middling dense LPs, of which some hosts solve thousands in a row, in the library and in
-// other solvers. Each round solves the batch with one solver after the other, each in a process of its
-// own: once to warm up, then five times, of which the median counts. What is timed is all that a host does for a model: load, solve,
-// read the results, unload.
+// other solvers. Each round solves the batch with one solver after the other, each in a process of
+// its own: once to warm up, then five times, of which the median counts. What is timed is all that a
+// host does for a model: load, solve, read the results, unload.
 //
 // Counters: microseconds and pivots for an LP with each solver. The table at the end holds them side
 // by side, with the ratio of the fastest other solver to the library. A batch whose objectives do
