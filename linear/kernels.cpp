@@ -228,18 +228,20 @@ struct Rooms {
     return {of_rank(up), of_rank(down)};
 }
 
-[[gnu::always_inline]] inline void shrink_by_row(double* __restrict rise, double* __restrict fall,
-                                                 const double* __restrict row, double to_lower,
-                                                 double to_upper, int width, double floor)
+// A variable meets the bound that is `distance` away by the one room where its element is positive, by
+// the other elsewhere.
+[[gnu::always_inline]] inline void shrink_by_row(double* __restrict positive,
+                                                 double* __restrict other,
+                                                 const double* __restrict row, double distance,
+                                                 int width, double floor)
 {
     for (int j = 0; j < whole(width); ++j) {
         const double a = row[j], size = std::fabs(a);
-        const double up = (a > 0.0 ? to_lower : to_upper) / size;
-        const double down = (a > 0.0 ? to_upper : to_lower) / size;
-        const double risen = up < rise[j] ? up : rise[j];
-        const double fallen = down < fall[j] ? down : fall[j];
-        rise[j] = size >= floor ? risen : rise[j];
-        fall[j] = size >= floor ? fallen : fall[j];
+        const double room = size >= floor ? distance / size : INFINITE;
+        const double positives = room < positive[j] ? room : positive[j];
+        const double others = room < other[j] ? room : other[j];
+        positive[j] = a > 0.0 ? positives : positive[j];
+        other[j] = a > 0.0 ? other[j] : others;
     }
 }
 
@@ -266,8 +268,10 @@ void rooms_of_costs(double* const* rows, const std::int32_t* labels, int last_la
 void shrink_rooms(double* rise, double* fall, double* const* rows, int m, const double* to_lower,
                   const double* to_upper, int width, double floor) noexcept
 {
-    for (int i = 1; i <= m; ++i)
-        shrink_by_row(rise, fall, rows[i], to_lower[i], to_upper[i], width, floor);
+    for (int i = 1; i <= m; ++i) {
+        if (to_lower[i] < INFINITE) shrink_by_row(rise, fall, rows[i], to_lower[i], width, floor);
+        if (to_upper[i] < INFINITE) shrink_by_row(fall, rise, rows[i], to_upper[i], width, floor);
+    }
 }
 
 // ---- scaling

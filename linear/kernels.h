@@ -69,8 +69,8 @@ void rooms_of_costs(double* const* rows, const std::int32_t* labels, int last_la
                     double floor, double limit) noexcept;
 
 // Shrinks rise[j] and fall[j], how far the variable of column j can move before a basic variable
-// meets a bound, by the rows 1..m, whose variables are to_lower[i] and to_upper[i] away from theirs.
-// Elements below `floor` in magnitude take no part.
+// meets a bound, by the rows 1..m, whose variables are to_lower[i] and to_upper[i] away from theirs, or
+// infinitely far. Elements below `floor` in magnitude take no part.
 void shrink_rooms(double* rise, double* fall, double* const* rows, int m, const double* to_lower,
                   const double* to_upper, int width, double floor) noexcept;
 
